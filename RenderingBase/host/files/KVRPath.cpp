@@ -1,0 +1,95 @@
+#include "RenderingBase/host/files/KVRPath.h"
+
+#include "RenderingBase/host/base/KVRResult.h"
+#include "RenderingBase/host/files/KVRFileSystem.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <new>
+#include <system_error>
+
+namespace {
+
+constexpr std::string_view kLongPathPrefix = R"(\\?\)";
+constexpr std::string_view kSeparators = R"(\/)";
+
+bool isAbsolute(const KVRUnicodeString& path) {
+    const std::string native = NativePath(path);
+    return !native.empty() && native.front() == '/';
+}
+
+bool exists(const KVRUnicodeString& path) { return KVRFileAccess(path, 0) == S_OK; }
+
+}  // namespace
+
+std::string NativePath(const KVRUnicodeString& path) {
+    std::string_view text = path.View();
+    if (text.starts_with(kLongPathPrefix)) text.remove_prefix(kLongPathPrefix.size());
+    std::string native(text);
+    std::replace(native.begin(), native.end(), '\\', '/');
+    return native;
+}
+
+KVRUnicodeString FrameworkPath(std::string_view nativePath) {
+    std::string path(nativePath);
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return KVRUnicodeString(path);
+}
+
+void KVRSplitPath(const KVRUnicodeString& path, KVRUnicodeString& directory,
+                  KVRUnicodeString& fileName) {
+    const std::string text(path.View());  // a copy, since an output may be the input
+    const std::size_t separator = text.find_last_of(kSeparators);
+    if (separator == std::string::npos) {
+        directory = KVRUnicodeString();
+        fileName = text;
+        return;
+    }
+    directory = text.substr(0, std::max<std::size_t>(separator, 1));
+    fileName = text.substr(separator + 1);
+}
+
+KVRUnicodeString KVRGetRealPath(const KVRUnicodeString& path) {
+    const std::string native = NativePath(path);
+    if (native.empty()) return {};
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(native, error);
+    if (error) return {};
+    auto real = std::filesystem::weakly_canonical(absolute, error);
+    if (error == std::errc::too_many_symbolic_link_levels) return {};
+    if (error) real = absolute.lexically_normal();
+    if (!real.has_filename() && real.has_relative_path()) real = real.parent_path();
+    return FrameworkPath(real.native());
+}
+
+bool KVRFindPath(const KVRUnicodeString& relative, const char* pathList, KVRUnicodeString& found) {
+    const KVRUnicodeString wanted = relative;  // a copy, since the output may be the input
+    found = KVRUnicodeString();
+    if (wanted.GetLengthInByte() == 0) return false;
+    if (isAbsolute(wanted)) {
+        if (!exists(wanted)) return false;
+        found = wanted;
+        return true;
+    }
+    std::string_view list = pathList ? pathList : "";
+    while (!list.empty()) {
+        const std::string_view folder = list.substr(0, list.find(';'));
+        list.remove_prefix(std::min(folder.size() + 1, list.size()));
+        if (folder.empty()) continue;
+        KVRUnicodeString candidate = KVRUnicodeString(folder) + "\\" + wanted;
+        if (!exists(candidate)) continue;
+        found = std::move(candidate);
+        return true;
+    }
+    return false;
+}
+
+char* KVRFindPath(const char* relative, const char* pathList) {
+    KVRUnicodeString found;
+    if (!relative || !KVRFindPath(KVRUnicodeString(relative), pathList, found)) return nullptr;
+    const std::size_t size = found.View().size() + 1;
+    char* text = new (std::nothrow) char[size];
+    if (text) std::memcpy(text, found.CastToCharPtr(), size);
+    return text;
+}

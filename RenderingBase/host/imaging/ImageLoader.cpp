@@ -1,0 +1,134 @@
+#include "RenderingBase/host/imaging/ImageLoader.h"
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "RenderingBase/host/base/KVREnvironment.h"
+
+namespace rb::imaging {
+namespace {
+
+/// Runs one step of a reader; what a codec library throws becomes a refusal.
+template <typename Step>
+ReadResult guarded(const ImageFormat& format, const Step& step) {
+    const std::string what = "a readable " + std::string(format.name) + " file";
+    try {
+        return step();
+    } catch (const std::bad_alloc&) {
+        return refuse("enough memory to read the file", "none left");
+    } catch (const std::exception& error) {
+        return refuse(what, error.what());
+    } catch (...) {
+        return refuse(what, "an unknown failure of the codec");
+    }
+}
+
+bool startsWith(std::span<const std::byte> head, std::string_view magic) {
+    return head.size() >= magic.size() && std::memcmp(head.data(), magic.data(), magic.size()) == 0;
+}
+
+std::string listOfNames() {
+    std::string names;
+    const auto formats = imageFormats();
+    for (std::size_t i = 0; i < formats.size(); ++i) {
+        if (i) names += i + 1 == formats.size() ? " or " : ", ";
+        names += formats[i].name;
+    }
+    return names;
+}
+
+/// What is there instead of a known format, in words.
+std::string describeHead(std::span<const std::byte> head) {
+    if (head.empty()) return "an empty file";
+    if (startsWith(head, "DDS ") || startsWith(head, "\xABKTX 20\xBB"))
+        return "a texture container, which the texture functions open";
+    std::string text = "the first bytes";
+    for (std::size_t i = 0; i < std::min<std::size_t>(head.size(), 8); ++i) {
+        std::array<char, 8> hex{};
+        std::snprintf(hex.data(), hex.size(), " %02x", std::to_integer<unsigned>(head[i]));
+        text += hex.data();
+    }
+    return text;
+}
+
+std::string dimensions(const ImageHeader& header) {
+    return std::to_string(header.width) + " x " + std::to_string(header.height) + " pixels";
+}
+
+ReadResult checkSides(const ImageHeader& header) {
+    constexpr std::int64_t kLongestSide = 0x7FFFFFFF;
+    if (header.width < 1 || header.height < 1 || header.width > kLongestSide ||
+        header.height > kLongestSide)
+        return refuse("sides of 1 to 2147483647 pixels", dimensions(header));
+    if (layoutOf(header.format).channels == 0)
+        return refuse("a pixel format that can be delivered", "another one");
+    return {};
+}
+
+ReadResult checkSize(const ImageHeader& header, std::uint64_t fileBytes) {
+    const std::uint64_t limit = pixelLimit();
+    // Each side fits 31 bits, so the product fits 62.
+    if (static_cast<std::uint64_t>(header.width) * static_cast<std::uint64_t>(header.height) > limit)
+        return refuse("at most " + std::to_string(limit) + " pixels (KVRImagePixelLimit)",
+                      dimensions(header));
+    if (fileBytes < header.leastFileBytes)
+        return refuse("at least " + std::to_string(header.leastFileBytes) + " bytes for " +
+                          dimensions(header),
+                      "a file of " + std::to_string(fileBytes) + " bytes");
+    return {};
+}
+
+}  // namespace
+
+std::span<const ImageFormat> imageFormats() {
+    static const std::array<ImageFormat, 5> formats{kPngFormat, kJpegFormat, kTiffFormat,
+                                                    kExrFormat, kHdrFormat};
+    return formats;
+}
+
+std::uint64_t pixelLimit() {
+    constexpr std::uint64_t kDefault = std::uint64_t{1} << 28;
+    const char* text = KVRGetEnv("KVRImagePixelLimit");
+    if (!text) return kDefault;
+    std::uint64_t limit = 0;
+    const char* const end = text + std::strlen(text);
+    const auto [stop, error] = std::from_chars(text, end, limit);
+    return error == std::errc() && stop == end && limit > 0 ? limit : kDefault;
+}
+
+ReadResult openImage(ByteSource& source, bool whole, OpenImage& image) {
+    std::array<std::byte, kHeadBytes> buffer;
+    const std::span<const std::byte> head(buffer.data(),
+                                          source.read(0, buffer.data(), buffer.size()));
+    for (const ImageFormat& format : imageFormats())
+        if (format.recognises(head)) {
+            image.format = &format;
+            break;
+        }
+    if (!image.format) return refuse("a " + listOfNames() + " file", describeHead(head));
+    ReadResult refusal = guarded(*image.format, [&] {
+        image.reader = image.format->open(source);
+        return image.reader->readHeader(image.header);
+    });
+    if (!refusal) refusal = checkSides(image.header);
+    if (!refusal && whole) refusal = checkSize(image.header, source.size());
+    return refusal;
+}
+
+ReadResult decodeImage(OpenImage& image, PixelStorage& pixels) {
+    return guarded(*image.format, [&] {
+        const auto bytes = static_cast<std::size_t>(image.header.width) *
+                           static_cast<std::size_t>(image.header.height) *
+                           static_cast<std::size_t>(layoutOf(image.header.format).bytesPerPixel());
+        pixels = PixelStorage(bytes, PixelStorage::Fill::None);
+        return image.reader->readPixels(pixels.bytes());
+    });
+}
+
+}  // namespace rb::imaging

@@ -1,0 +1,31 @@
+#pragma once
+
+/// @file  From the bytes of a file to its header and its pixels: chooses the reader and holds what
+/// it declares against limits and against the bytes that are there. Private to host/imaging.
+
+#include <memory>
+
+#include "RenderingBase/host/imaging/PixelStorage.h"
+#include "RenderingBase/host/imaging/formats/ImageReader.h"
+
+namespace rb::imaging {
+
+/// A file whose header was read and accepted. Its source must outlive it.
+struct OpenImage {
+    const ImageFormat* format = nullptr;
+    std::unique_ptr<ImageReader> reader;
+    ImageHeader header;
+};
+
+/// Recognises the format and reads the header. Never throws.
+/// @param whole  Whether the pixels will be wanted: then the pixel limit holds, and the file must
+///               have the bytes that its header calls for. A header alone may be asked of any file.
+ReadResult openImage(ByteSource& source, bool whole, OpenImage& image);
+
+/// Allocates and decodes the pixels. Never throws.
+ReadResult decodeImage(OpenImage& image, PixelStorage& pixels);
+
+/// The number of pixels that an image may have: KVRImagePixelLimit of the environment, 2^28 without.
+std::uint64_t pixelLimit();
+
+}  // namespace rb::imaging

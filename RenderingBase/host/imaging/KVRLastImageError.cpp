@@ -1,0 +1,26 @@
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
+
+#include "RenderingBase/host/imaging/LastImageError.h"
+
+namespace {
+thread_local KVRImageError lastError;
+}
+
+const KVRImageError& KVRLastImageError() { return lastError; }
+
+KVRUnicodeString KVRImageError::Message() const {
+    std::string text = file.CastToCharPtr();
+    if (expected.empty()) return KVRUnicodeString(text.c_str());
+    if (!where.empty()) text += ": " + where;
+    text += ": expected " + expected + ", found " + found;
+    return KVRUnicodeString(text.c_str());
+}
+
+namespace rb::imaging {
+
+void noteImageResult(const KVRUnicodeString& file, const ReadResult& result) {
+    lastError = result ? KVRImageError{file, result->expected, result->found, result->where}
+                       : KVRImageError{};
+}
+
+}  // namespace rb::imaging

@@ -1,0 +1,13 @@
+#pragma once
+
+/// @file  Setting what KVRLastImageError reports. Private to host/imaging.
+
+#include "RenderingBase/host/base/KVRUnicodeString.h"
+#include "RenderingBase/host/imaging/formats/ImageReader.h"
+
+namespace rb::imaging {
+
+/// Remembers for the calling thread why @p file was refused; nothing clears it.
+void noteImageResult(const KVRUnicodeString& file, const ReadResult& result);
+
+}  // namespace rb::imaging

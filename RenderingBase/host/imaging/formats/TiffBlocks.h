@@ -1,0 +1,22 @@
+#pragma once
+
+/// @file  Decoding the strips and tiles of a TIFF file.
+
+#include <cstddef>
+
+#include "RenderingBase/host/imaging/formats/ImageReader.h"
+#include "RenderingBase/host/imaging/formats/TiffDirectory.h"
+#include "RenderingBase/host/imaging/formats/TiffPixels.h"
+
+namespace rb::imaging {
+
+/// Decodes all blocks into @p out, width x height delivered pixels; on all processors when there is
+/// much to do. Of several faults, the one of the first block is reported.
+ReadResult decodeTiffBlocks(SharedSource& source, const TiffDirectory& directory,
+                            const TiffPixels& pixels, std::byte* out);
+
+/// Decodes what needs the library's own conversion to RGB (`TiffDirectory::throughRgba`).
+ReadResult decodeTiffThroughRgba(SharedSource& source, const TiffDirectory& directory,
+                                 std::byte* out);
+
+}  // namespace rb::imaging

@@ -1,0 +1,105 @@
+#pragma once
+
+/// @file  Image services: finding image files, loading them, measuring them.
+///
+/// Example:
+///     KVRUnicodeString found;
+///     if (KVRRbaImageServices::FindImageInPaths(1, "C:\\old\\oak.jpg", found, nullptr) == S_OK)
+///         image = KVRRbaImageServices::CreatePixelImageFromFullPath(found, {}, 96);
+///
+/// Paths: a backslash separates directories (a slash is understood by the system calls, but only
+/// the backslash by the texts that are cut here). Sizes: pixels, millimetres, dots to the inch of
+/// 25.4 millimetres; arithmetic in single precision.
+/// Threads: every operation may run on any thread.
+
+#include "RenderingBase/host/base/KVRExport.h"
+#include "RenderingBase/host/base/KVRResult.h"
+#include "RenderingBase/host/base/KVRList.h"
+#include "RenderingBase/host/base/KVRUnicodeString.h"
+
+class KVRBaseUnknown;
+class KVRPixelImage;
+
+/// A class of static operations; there are no objects of it.
+class KVR_EXPORT KVRRbaImageServices {
+public:
+    KVRRbaImageServices() = delete;
+
+    /// Finds an image file from the path that was stored for it.
+    ///
+    /// First the real path (links resolved) itself; then its file name alone, in the directories of
+    /// the setting "CatalagPath" of the repository "MaterialOptionsSettings", then below each
+    /// directory of KVRStartupPath in "materials", "materials\shaders",
+    /// "materials\shaders\textures", "materials\shaders\metaSL\textures" and "stickers".
+    /// @param kind      Which extensions are accepted, in any case: 1 images, 2 effects, 3
+    ///                  environment maps, 4 photometric tables. Another kind accepts none.
+    /// @param found     Cleared first; the real path or the first hit.
+    /// @param document  Ignored; kept for compatibility.
+    /// @return  0 found; -1 the extension of the real path is not accepted, whether the file exists
+    ///          or not; -2 not found, also for an empty path and for a loop of links.
+    static int FindImageInPaths(int kind, const KVRUnicodeString& path, KVRUnicodeString& found,
+                                KVRBaseUnknown* document);
+
+    /// Cuts @p text at every ";" and appends the pieces. A piece that a ";" ends counts even when it
+    /// is empty, the rest behind the last ";" only when it is not: "a;;b" gives three, "a;" one.
+    /// @return  0.
+    static int ExtractPathList(const KVRUnicodeString& text, KVRListValKVRUnicodeString& list);
+
+    /// Splits a path into file name without extension and extension.
+    ///
+    /// Scans from the end to the first backslash. A dot as first character cuts no base name; a
+    /// trailing dot leaves the extension empty, so that an earlier dot is taken; with neither dot
+    /// nor backslash @p base stays as it was.
+    /// @param extension  Cleared first; without its dot, case kept.
+    /// Errors: E_FAIL for an empty path; @p base is untouched.
+    static HRESULT SplitPath(const KVRUnicodeString& path, KVRUnicodeString& base,
+                             KVRUnicodeString& extension);
+
+    /// The text behind the last dot, case kept. When it reads as a number it is a version, and the
+    /// text between the two last dots counts: "oak.png.3" gives "png". (A text that begins with a
+    /// number reads as one: "model.a.3ds" gives "a". Kept for compatibility.) Empty without a dot
+    /// and for paths shorter than two characters.
+    static KVRUnicodeString ReadExtension(const KVRUnicodeString& path);
+
+    /// Loads the image file at @p path.
+    ///
+    /// Its embedded colour profile, if any, is applied (the result is sRGB) unless the environment
+    /// variable KVR_TEXTURE_NO_COLOR_PROFILE is set. RGB orders become RGB, RGBA orders RGBA.
+    /// @param groups  Names of the groups to show, for drawings; rasters take no notice.
+    /// @param dpi     Resolution at which drawings are rasterised; rasters take no notice.
+    /// @return  A new image, one reference for the caller; null when there is no such file or it
+    ///          cannot be read (`KVRLastImageError` tells why).
+    static KVRPixelImage* CreatePixelImageFromFullPath(const KVRUnicodeString& path,
+                                                       const KVRListValKVRUnicodeString& groups,
+                                                       int dpi);
+
+    /// Measures an image.
+    /// @param width, height      Pixels; 0 first.
+    /// @param dpi                Dots to the inch, 0 when the image states no resolution.
+    /// @param widthMm, heightMm  Millimetres; left as they were when @p dpi is 0.
+    /// Errors: E_FAIL for null; outputs are untouched.
+    static HRESULT GiveImageInfos(KVRPixelImage* image, int& width, int& height, float& dpi,
+                                  float& widthMm, float& heightMm);
+    /// Loads the file at @p path (drawings at 96 dots to the inch) and measures it.
+    /// Errors: E_FAIL for an empty path and for a file that cannot be loaded.
+    static HRESULT GiveImageInfos(const KVRUnicodeString& path, int& width, int& height,
+                                  float& dpi, float& widthMm, float& heightMm);
+
+    /// Dots to the inch of @p sizePx pixels on @p sizeMm millimetres, rounded with halves away from
+    /// zero; 0 when @p sizeMm is 0. A result beyond the range of int becomes its nearest end.
+    static int InferDpi(int sizePx, float sizeMm);
+    /// Millimetres of @p sizePx pixels; 0 when @p dpi is 0.
+    static float ComputeSizeMM(int sizePx, float dpi);
+    /// Pixels on @p sizeMm millimetres, rounded with halves away from zero. A result beyond the
+    /// range of int becomes its nearest end.
+    static int ComputeSizePx(float sizeMm, int dpi);
+    /// The size of one dot in millimetres, 25.4 / dpi; 0 when @p dpi is 0. (Despite its name not
+    /// the dots to the millimetre; kept for compatibility.)
+    static float DotsPerInchToDotsPerMM(float dpi);
+
+    /// Width over height. @param ratio  1 first. Errors: E_FAIL when a side is 0.
+    static HRESULT Compute2DImageRatio(int width, int height, float& ratio);
+    /// Fits texture coordinates to a picture of the given ratio: below 1 multiplies u by it, from 1
+    /// upwards divides v by it. Errors: E_FAIL when @p ratio is not positive.
+    static HRESULT ComputeAdjusted2DTextureCoordinate(float ratio, float& u, float& v);
+};

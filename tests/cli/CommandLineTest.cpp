@@ -1,0 +1,134 @@
+#include "tests/cli/RunRba.h"
+
+namespace rb::test {
+namespace {
+
+/// Every command, with arguments that are enough to parse.
+const std::vector<Arguments> kCommands = {
+    {"image", "info"},
+    {"image", "find"},
+    {"image", "convert"},
+    {"image", "units", "infer-dpi"},
+    {"image", "units", "size-mm"},
+    {"image", "units", "size-px"},
+    {"image", "units", "dot-size"},
+    {"image", "half"},
+    {"env"},
+    {"settings", "list"},
+    {"settings", "get"},
+    {"settings", "set"},
+    {"tour"},
+};
+
+Arguments with(Arguments arguments, const std::string& more) {
+    arguments.push_back(more);
+    return arguments;
+}
+
+std::string nameOf(const Arguments& command) {
+    std::string name = "rba";
+    for (const std::string& word : command) name += " " + word;
+    return name;
+}
+
+TEST(CommandLine, help_of_every_command_has_usage_and_examples) {
+    for (const Arguments& command : kCommands) {
+        const RbaResult result = runRba(with(command, "--help"));
+        SCOPED_TRACE(nameOf(command));
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_NE(result.out.find("Usage: " + nameOf(command)), std::string::npos) << result.out;
+        EXPECT_NE(result.out.find("Examples:\n  "), std::string::npos) << result.out;
+        EXPECT_EQ(result.out.find('\x1f'), std::string::npos);
+    }
+}
+
+TEST(CommandLine, help_of_groups_lists_their_commands) {
+    for (const Arguments& command : kCommands) {
+        if (command.size() < 2) continue;
+        const Arguments group(command.begin(), command.end() - 1);
+        const RbaResult result = runRba(with(group, "--help"));
+        EXPECT_EQ(result.status, 0);
+        EXPECT_NE(result.out.find("\n  " + command.back() + " "), std::string::npos) << result.out;
+    }
+}
+
+TEST(CommandLine, help_of_the_program_explains_exit_statuses) {
+    const RbaResult result = runRba({"--help"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.out.find("Exit status: 0 done, 1 the operation failed"), std::string::npos);
+    EXPECT_NE(result.out.find("\n  image "), std::string::npos);
+    EXPECT_NE(result.out.find("\n  settings "), std::string::npos);
+}
+
+TEST(CommandLine, version_goes_to_standard_output) {
+    const RbaResult result = runRba({"--version"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "rba " RB_VERSION "\n");
+    EXPECT_EQ(result.err, "");
+}
+
+TEST(CommandLine, wrong_usage_is_status_2_with_one_line) {
+    const std::vector<Arguments> wrong = {
+        {},
+        {"imagine"},
+        {"image"},
+        {"image", "imagine"},
+        {"image", "info"},
+        {"image", "info", "--unknown", "a.png"},
+        {"image", "find", "a.png"},
+        {"image", "find", "a.png", "--kind"},
+        {"image", "find", "a.png", "--kind", "first"},
+        {"image", "convert", "a.png"},
+        {"image", "convert", "a.png", "b.png", "c.png"},
+        {"image", "units", "size-mm", "10"},
+        {"image", "units", "size-mm", "ten", "96"},
+        {"image", "units", "size-mm", "1.5", "96"},
+        {"image", "half"},
+        {"env", "more"},
+        {"settings", "get", "OnlyTheRepository"},
+        {"tour"},
+        {"tour", "a", "b"},
+        {"--json"},
+    };
+    for (const Arguments& arguments : wrong) {
+        const RbaResult result = runRba(arguments);
+        SCOPED_TRACE(nameOf(arguments));
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_TRUE(result.err.starts_with("rba: ")) << result.err;
+        EXPECT_EQ(std::ranges::count(result.err, '\n'), 1) << result.err;
+        EXPECT_NE(result.err.find("--help'"), std::string::npos) << result.err;
+        EXPECT_EQ(result.err.find('\x1f'), std::string::npos);
+    }
+}
+
+TEST(CommandLine, unknown_command_is_named_with_those_that_there_are) {
+    const RbaResult result = runRba({"image", "imagine", "a.png"});
+    EXPECT_EQ(result.err,
+              "rba: expected a command of 'rba image' (info, find, convert, units, half), found "
+              "'imagine'; see 'rba image --help'\n");
+}
+
+TEST(CommandLine, common_options_stand_anywhere) {
+    for (const Arguments& arguments :
+         {Arguments{"--json", "image", "units", "dot-size", "254"},
+          Arguments{"image", "--json", "units", "dot-size", "254"},
+          Arguments{"image", "units", "dot-size", "--json", "254"},
+          Arguments{"image", "units", "dot-size", "254", "--json", "--quiet"}}) {
+        const RbaResult result = runRba(arguments);
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.out, "{\n  \"value\": 0.1\n}\n");
+    }
+}
+
+TEST(CommandLine, full_standard_output_is_a_failure) {
+    RbaSettings settings;
+    settings.out = "/dev/full";
+    const RbaResult result = runRba({"env"}, settings);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(isErrorLine(result.err, "standard output"));
+}
+
+}  // namespace
+}  // namespace rb::test

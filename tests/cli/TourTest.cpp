@@ -1,0 +1,205 @@
+#include "tests/cli/RunRba.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <regex>
+#include <set>
+
+namespace rb::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The names of entries in a folder.
+std::set<std::string> entriesOf(const fs::path& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) names.insert(entry.path().filename());
+    return names;
+}
+
+class Tour : public testing::Test {
+protected:
+    Tour() {
+        writePicture(m_folder, "samples/images/oak & <ash>.png", 40, 30);
+        writePicture(m_folder, "samples/images/glass.png", 8, 8, KVRPixelImageFormat::RGBA, 254);
+        m_folder.write("samples/light.hdr", radianceFile(8, 4));
+        const std::string whole = readFile(writePicture(m_folder, "whole.png", 64, 64));
+        m_folder.write("samples/images/cut.png", whole.substr(0, whole.size() / 2));
+        m_folder.write("samples/README.md", "no picture");
+    }
+    RbaResult run(const Arguments& more = {}) const {
+        Arguments arguments = {"tour", m_folder.file("out/tour"), "--samples",
+                               m_folder.file("samples")};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runRba(arguments);
+    }
+    std::string page() const { return readFile(pagePath()); }
+    std::string pagePath() const { return m_folder.file("out/tour/index.html"); }
+    const TempFolder& folder() const { return m_folder; }
+
+private:
+    TempFolder m_folder;
+};
+
+int countOf(const std::string& text, const std::string& what) {
+    int count = 0;
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
+    return count;
+}
+
+TEST_F(Tour, page_has_every_section_and_none_failed) {
+    const RbaResult result = run();
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, pagePath() + "\n");
+    const std::string html = page();
+    for (const char* id : {"images", "search", "half"}) {
+        EXPECT_EQ(countOf(html, std::string("<section id=\"") + id + "\">"), 1);
+        EXPECT_EQ(countOf(html, std::string("href=\"#") + id + "\""), 1);
+    }
+    EXPECT_EQ(countOf(html, "class=\"trouble\""), 0);
+    EXPECT_EQ(countOf(html, "version " RB_VERSION), 1);
+}
+
+TEST_F(Tour, json_has_path_and_sections) {
+    const Json json = run({"--json"}).json();
+    EXPECT_EQ(keysOf(json), (std::vector<std::string>{"path", "sections"}));
+    EXPECT_EQ(json["path"], pagePath());
+    EXPECT_EQ(json["sections"],
+              (Json{"Images from file to pixels", "Where image files are found", "Half floats"}));
+}
+
+TEST_F(Tour, page_needs_no_other_file) {
+    run();
+    const std::string html = page();
+    EXPECT_EQ(countOf(html, "http"), 0);
+    EXPECT_EQ(countOf(html, "url("), 0);
+    EXPECT_EQ(countOf(html, "@import"), 0);
+    EXPECT_EQ(countOf(html, "<script"), 0);
+    EXPECT_EQ(countOf(html, "<link"), 0);
+    EXPECT_EQ(countOf(html, " src=\""), countOf(html, " src=\"data:image/"));
+    EXPECT_EQ(countOf(html, " href=\""), countOf(html, " href=\"#"));
+    // Three images are shown, each with a text for those who do not see it.
+    EXPECT_EQ(countOf(html, "<img "), 3);
+    EXPECT_EQ(countOf(html, " alt=\"The picture in "), 3);
+}
+
+TEST_F(Tour, names_are_escaped) {
+    run();
+    const std::string html = page();
+    EXPECT_EQ(countOf(html, "<ash>"), 0);
+    EXPECT_GE(countOf(html, "images/oak &amp; &lt;ash&gt;.png"), 2);
+}
+
+TEST_F(Tour, damaged_sample_is_shown_with_its_reason) {
+    EXPECT_EQ(run().status, 0);
+    const std::regex row(
+        "<code>images/cut[.]png</code></th><td>[^<]*expected [^<]+, found [^<]+</td>");
+    EXPECT_TRUE(std::regex_search(page(), row));
+}
+
+TEST_F(Tour, samples_are_damaged_and_refused) {
+    run();
+    const std::string html = page();
+    // Two kinds of files, each damaged in two ways.
+    const std::regex row("<td>cut [^<]+</td><td>[^<]*expected [^<]+, found [^<]+</td>");
+    EXPECT_EQ(
+        std::distance(std::sregex_iterator(html.begin(), html.end(), row), std::sregex_iterator()),
+        6);
+}
+
+TEST_F(Tour, floating_point_picture_says_that_it_is_clamped) {
+    run();
+    EXPECT_EQ(countOf(page(), ">clamped to 0–1<"), 1);
+}
+
+TEST_F(Tour, search_section_shows_each_place_winning_once) {
+    run();
+    const std::string html = page();
+    for (const char* place : {"project", "catalogue", "install/materials",
+                              "install/materials/shaders", "install/materials/shaders/textures",
+                              "install/materials/shaders/metaSL/textures", "install/stickers"})
+        EXPECT_EQ(countOf(html, std::string("<td><code>") + place + "/oak.png</code></td>"), 1)
+            << place;
+    EXPECT_EQ(countOf(html, "<em>not found</em>"), 1);
+    EXPECT_EQ(countOf(html, "<em>extension not accepted</em>"), 1);
+}
+
+TEST_F(Tour, half_section_counts_every_number_coming_back) {
+    run();
+    // 65536 patterns less 2 x 1023 that are not numbers.
+    EXPECT_EQ(countOf(page(), "<b>63490</b> of 63490 numbers come back"), 1);
+}
+
+TEST_F(Tour, elements_are_balanced) {
+    run();
+    const std::string html = page();
+    for (const std::string name :
+         {"section", "article", "table", "tr", "td", "div", "figure", "svg", "g", "p", "dl", "dd",
+          "ol", "li", "main", "code", "span"}) {
+        const std::regex open("<" + name + "[ >]");
+        const auto count = std::distance(std::sregex_iterator(html.begin(), html.end(), open),
+                                         std::sregex_iterator());
+        EXPECT_EQ(count, countOf(html, "</" + name + ">")) << name;
+    }
+}
+
+TEST_F(Tour, second_run_replaces_the_page) {
+    run();
+    folder().write("out/tour/index.html", "old");
+    EXPECT_EQ(run({"--quiet"}).out, "");
+    EXPECT_TRUE(page().starts_with("<!DOCTYPE html>"));
+    EXPECT_EQ(entriesOf(folder().file("out/tour")), std::set<std::string>{"index.html"});
+}
+
+TEST_F(Tour, folder_without_samples_still_gives_a_page) {
+    const TempFolder empty;
+    const RbaResult result = runRba({"tour", empty.file("out"), "--samples", empty.path()});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(countOf(readFile(empty.file("out/index.html")), "class=\"trouble\""), 1);
+}
+
+TEST_F(Tour, missing_samples_and_unusable_places_fail) {
+    const std::string missing = folder().file("nowhere");
+    const RbaResult samples = runRba({"tour", folder().file("out"), "--samples", missing});
+    EXPECT_EQ(samples.status, 1);
+    EXPECT_TRUE(isErrorLine(samples.err, missing));
+    EXPECT_FALSE(fs::exists(folder().file("out")));
+    const std::string file = folder().write("file");
+    const RbaResult place = runRba({"tour", file, "--samples", folder().file("samples")});
+    EXPECT_EQ(place.status, 1);
+    EXPECT_TRUE(isErrorLine(place.err, file));
+}
+
+TEST_F(Tour, own_samples_are_found_without_being_named) {
+    const RbaResult result = runRba({"tour", folder().file("own")});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const std::string html = readFile(folder().file("own/index.html"));
+    EXPECT_EQ(countOf(html, "class=\"trouble\""), 0);
+    for (const auto& entry : fs::directory_iterator(RB_SOURCE_DIR "/samples/images")) {
+        const std::string name = entry.path().filename();
+        EXPECT_GE(countOf(html, "images/" + name), 1) << name;
+    }
+}
+
+TEST_F(Tour, interrupted_tour_leaves_nothing) {
+    // Enough work to be in the middle of it when the signal comes.
+    const std::string large = readFile(writePicture(folder(), "large.png", 2048, 2048));
+    for (int i = 0; i < 40; ++i)
+        folder().write("samples/large" + std::to_string(i) + ".png", large);
+    const fs::path scratch = folder().path() / "scratch";
+    fs::create_directory(scratch);
+    RbaSettings settings;
+    settings.environment = {"TMPDIR=" + scratch.string()};
+    const int process =
+        startRba({"tour", folder().file("out"), "--samples", folder().file("samples")}, settings,
+                 folder().file("stdout"), folder().file("stderr"));
+    while (entriesOf(scratch).empty() && kill(process, 0) == 0) usleep(1000);
+    kill(process, SIGINT);
+    EXPECT_EQ(waitForRba(process), 128 + SIGINT) << readFile(folder().file("stderr"));
+    EXPECT_TRUE(entriesOf(scratch).empty());
+    EXPECT_FALSE(fs::exists(folder().file("out")));
+}
+
+}  // namespace
+}  // namespace rb::test

@@ -1,0 +1,82 @@
+#pragma once
+
+/// @file  Loading images in tests and looking at their pixels.
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "RenderingBase/host/imaging/HalfArrays.h"
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
+#include "RenderingBase/host/imaging/KVRMMRasterAdministrator.h"
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+
+namespace rb::test {
+
+using Image = KVRVar<KVRPixelImage>;
+using Format = KVRPixelImageFormat;
+
+/// Reads a file; a refusal fails the test with its reason.
+inline Image loadFile(const std::string& path) {
+    Image image = Image::Adopt(KVRPixelImage::CreateFromFile(path, 1, 0));
+    EXPECT_TRUE(image) << KVRLastImageError().Message();
+    return image;
+}
+
+inline Image tryToLoad(const std::string& file) {
+    return Image::Adopt(KVRPixelImage::CreateFromMemory(
+        {reinterpret_cast<const std::byte*>(file.data()), file.size()}, "test"));
+}
+
+/// Reads the bytes of a file; a refusal fails the test with its reason.
+inline Image loadBytes(const std::string& file) {
+    Image image = tryToLoad(file);
+    EXPECT_TRUE(image) << KVRLastImageError().Message();
+    return image;
+}
+
+/// The message with which the bytes of a file are refused; empty when they are not.
+inline std::string refusalOf(const std::string& file) {
+    if (tryToLoad(file)) return {};
+    const KVRImageError& error = KVRLastImageError();
+    EXPECT_FALSE(error.expected.empty());
+    EXPECT_FALSE(error.found.empty());
+    return error.where + ": expected " + error.expected + ", found " + error.found;
+}
+
+/// All pixels as values of one type; none when the image is not @p width x @p height @p format.
+template <typename Value>
+std::vector<Value> valuesOf(const Image& image, int width, int height, Format format) {
+    if (!image) return {};
+    int w = 0, h = 0;
+    image->GetSize(w, h);
+    EXPECT_EQ(w, width);
+    EXPECT_EQ(h, height);
+    EXPECT_EQ(image->GetFormat(), format);
+    if (w != width || h != height || image->GetFormat() != format) return {};
+    std::vector<Value> values(image->GetRawPixels().size() / sizeof(Value));
+    std::memcpy(values.data(), image->GetRawPixels().data(), values.size() * sizeof(Value));
+    return values;
+}
+
+inline std::vector<int> bytesOf(const Image& image, int width, int height, Format format) {
+    const auto values = valuesOf<std::uint8_t>(image, width, height, format);
+    return {values.begin(), values.end()};
+}
+
+inline std::vector<float> floatsOf(const Image& image, int width, int height, Format format) {
+    return valuesOf<float>(image, width, height, format);
+}
+
+/// Half pixels as floats.
+inline std::vector<float> halvesOf(const Image& image, int width, int height, Format format) {
+    const auto halves = valuesOf<std::uint16_t>(image, width, height, format);
+    std::vector<float> values(halves.size());
+    rb::imaging::floatsFromHalves(halves, values);
+    return values;
+}
+
+}  // namespace rb::test

@@ -1,0 +1,238 @@
+// Colours of TIFF files that are not RGB: inks, Lab, luminance and chroma, logarithms.
+
+#include <gtest/gtest.h>
+#include <lcms2.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "tests/image/ImageFiles.h"
+#include "tests/image/TiffBuilder.h"
+
+namespace {
+
+using namespace rb::test;
+using Values = std::vector<int>;
+
+std::string bytes(const Values& values) {
+    std::string text;
+    for (int value : values) text += static_cast<char>(value);
+    return text;
+}
+
+/// CIE Lab (D50) to sRGB by the book: CIE 15, Bradford-adapted IEC 61966-2-1.
+std::array<double, 3> sRgbOfLab(double l, double a, double b) {
+    const auto cube = [](double t) {
+        return t > 6.0 / 29 ? t * t * t : 3 * 36.0 / 841 * (t - 4.0 / 29);
+    };
+    const double fy = (l + 16) / 116;
+    const double x = 0.96422 * cube(fy + a / 500), y = cube(fy), z = 0.82521 * cube(fy - b / 200);
+    const std::array<double, 3> linear{3.1338561 * x - 1.6168667 * y - 0.4906146 * z,
+                                       -0.9787684 * x + 1.9161415 * y + 0.0334540 * z,
+                                       0.0719453 * x - 0.2289914 * y + 1.4052427 * z};
+    std::array<double, 3> result{};
+    std::transform(linear.begin(), linear.end(), result.begin(), [](double v) {
+        const double clamped = std::clamp(v, 0.0, 1.0);
+        return 255 * (clamped <= 0.0031308 ? 12.92 * clamped
+                                           : 1.055 * std::pow(clamped, 1 / 2.4) - 0.055);
+    });
+    return result;
+}
+
+/// The profile of a device whose sixteen extreme ink mixtures have the colours of @p nodes, with
+/// straight lines between them: made by the colour engine, without any reader of ours.
+std::string inkProfile(const std::array<cmsCIELab, 16>& nodes) {
+    const cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
+    cmsSetProfileVersion(profile, 4.2);
+    cmsSetDeviceClass(profile, cmsSigOutputClass);
+    cmsSetColorSpace(profile, cmsSigCmykData);
+    cmsSetPCS(profile, cmsSigLabData);
+    std::vector<cmsUInt16Number> table;
+    for (const cmsCIELab& lab : nodes) {
+        std::array<cmsUInt16Number, 3> encoded{};
+        cmsFloat2LabEncoded(encoded.data(), &lab);
+        table.insert(table.end(), encoded.begin(), encoded.end());
+    }
+    cmsPipeline* const pipeline = cmsPipelineAlloc(nullptr, 4, 3);
+    cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 4, nullptr));
+    cmsPipelineInsertStage(pipeline, cmsAT_END,
+                           cmsStageAllocCLut16bit(nullptr, 2, 4, 3, table.data()));
+    cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
+    for (const cmsTagSignature tag : {cmsSigAToB0Tag, cmsSigAToB1Tag})
+        EXPECT_TRUE(cmsWriteTag(profile, tag, pipeline));
+    cmsPipelineFree(pipeline);
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    std::string data(size, '\0');
+    cmsSaveProfileToMem(profile, data.data(), &size);
+    cmsCloseProfile(profile);
+    return data;
+}
+
+TiffBuilder inks(unsigned width, unsigned samples, unsigned bits = 8) {
+    TiffBuilder tiff(width, 1);
+    tiff.samples(samples, bits).set(262, TiffBuilder::kShort, {5});
+    return tiff;
+}
+
+void expectNear(const Values& found, const std::vector<double>& expected, double tolerance) {
+    ASSERT_EQ(found.size(), expected.size());
+    for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(found[i], expected[i], tolerance) << i;
+}
+
+}  // namespace
+
+TEST(TiffColor, inks_without_a_profile_take_their_share_of_the_paper) {
+    auto tiff = inks(4, 4);
+    tiff.block(bytes({0, 0, 0, 0, 255, 0, 0, 0, 0, 100, 200, 51, 12, 34, 56, 255}));
+    // (255 - C) (255 - K) / 255, rounded: 204, 155 * 0.8 = 124, 55 * 0.8 = 44.
+    const auto image = loadBytes(tiff.build());
+    EXPECT_EQ(bytesOf(image, 4, 1, Format::RGB),
+              (Values{255, 255, 255, 0, 255, 255, 204, 124, 44, 0, 0, 0}));
+    const auto profile = KVRVar<KVRMMColorProfile>::Adopt(image->GetColorProfile());
+    ASSERT_TRUE(profile);
+    EXPECT_EQ(profile->getProfileModel(), KVRUnicodeString("sRGB"));
+}
+
+TEST(TiffColor, inks_of_16_bits_and_with_alpha) {
+    auto wide = inks(2, 4, 16);
+    wide.block(wide.numbers({0, 65535, 257 * 51, 0, 257 * 10, 0, 0, 65535}, 2));
+    EXPECT_EQ(bytesOf(loadBytes(wide.build()), 2, 1, Format::RGB), (Values{255, 0, 204, 0, 0, 0}));
+    auto alpha = inks(1, 5);
+    alpha.set(338, TiffBuilder::kShort, {2}).block(bytes({255, 0, 0, 0, 77}));
+    EXPECT_EQ(bytesOf(loadBytes(alpha.build()), 1, 1, Format::RGBA), (Values{0, 255, 255, 77}));
+}
+
+TEST(TiffColor, inks_in_planes) {
+    auto tiff = inks(2, 4);
+    tiff.set(284, TiffBuilder::kShort, {2}).set(278, TiffBuilder::kLong, {1});
+    for (const Values& plane : {Values{255, 0}, Values{0, 255}, Values{0, 0}, Values{0, 51}})
+        tiff.block(bytes(plane));
+    EXPECT_EQ(bytesOf(loadBytes(tiff.build()), 2, 1, Format::RGB), (Values{0, 255, 255, 204, 0, 204}));
+}
+
+TEST(TiffColor, embedded_profile_of_inks_is_used) {
+    // Cyan varies slowest in the table. Every mixture with black is black, which keeps black point
+    // compensation out of the numbers.
+    std::array<cmsCIELab, 16> nodes{};
+    for (std::size_t i = 0; i < 16; ++i)
+        nodes[i] = i & 1 ? cmsCIELab{0, 0, 0} : cmsCIELab{50, 0, 0};
+    nodes[0] = {100, 0, 0};    // paper
+    nodes[8] = {60, -20, -30};  // cyan
+    nodes[4] = {50, 40, 0};    // magenta
+    nodes[2] = {85, 0, 40};    // yellow
+    const std::string profile = inkProfile(nodes);
+    std::vector<double> expected;
+    for (const cmsCIELab& lab : {nodes[0], nodes[8], nodes[4], nodes[2], nodes[1]})
+        for (double value : sRgbOfLab(lab.L, lab.a, lab.b)) expected.push_back(value);
+    for (const unsigned bits : {8U, 16U}) {
+        auto tiff = inks(5, 4, bits);
+        tiff.raw(34675, TiffBuilder::kUndefined, static_cast<unsigned>(profile.size()), profile);
+        const std::uint64_t full = (1U << bits) - 1;
+        tiff.block(tiff.numbers({0, 0, 0, 0, full, 0, 0, 0, 0, full, 0, 0, 0, 0, full, 0, 0, 0, 0, full},
+                                static_cast<int>(bits / 8)));
+        constexpr double kEngineRounding = 2;
+        expectNear(bytesOf(loadBytes(tiff.build()), 5, 1, Format::RGB), expected, kEngineRounding);
+    }
+}
+
+TEST(TiffColor, profile_for_another_colour_space_is_no_help_for_inks) {
+    auto tiff = inks(1, 4);
+    const auto sRGB = KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateSRGB());
+    const auto data = sRGB->GetData();
+    tiff.raw(34675, TiffBuilder::kUndefined, static_cast<unsigned>(data.size()),
+             {reinterpret_cast<const char*>(data.data()), data.size()});
+    EXPECT_EQ(bytesOf(loadBytes(tiff.block(bytes({0, 100, 200, 51})).build()), 1, 1, Format::RGB),
+              (Values{204, 124, 44}));
+}
+
+TEST(TiffColor, lab_becomes_srgb) {
+    struct Color {
+        double l, a, b;
+    };
+    constexpr Color kColors[] = {{100, 0, 0}, {0, 0, 0}, {53.59, 0, 0}, {60, 30, 40}, {70, -40, 20},
+                                 {40, 10, -50}};
+    std::vector<double> expected;
+    for (const Color& color : kColors)
+        for (double value : sRgbOfLab(color.l, color.a, color.b)) expected.push_back(value);
+    // 8 is CIE L*a*b* with signed a and b, 9 ICC L*a*b* with an offset.
+    for (const unsigned photometric : {8U, 9U})
+        for (const unsigned bits : {8U, 16U}) {
+            TiffBuilder tiff(6, 1);
+            tiff.samples(3, bits).set(262, TiffBuilder::kShort, {photometric});
+            std::vector<std::uint64_t> values;
+            for (const Color& color : kColors) {
+                const double unit = bits == 8 ? 1 : 256;
+                const double white = bits == 8 ? 255 : photometric == 8 ? 65535 : 65280;
+                const double offset = photometric == 8 ? 0 : bits == 8 ? 128 : 32768;
+                values.push_back(static_cast<std::uint64_t>(std::llround(color.l / 100 * white)));
+                for (double ab : {color.a, color.b})
+                    values.push_back(static_cast<std::uint64_t>(std::llround(ab * unit + offset)));
+            }
+            tiff.block(tiff.numbers(values, static_cast<int>(bits / 8)));
+            // A step of L in 8 bits is up to two of sRGB near black and none of these are there.
+            constexpr double kRounding = 2;
+            expectNear(bytesOf(loadBytes(tiff.build()), 6, 1, Format::RGB), expected, kRounding);
+        }
+}
+
+TEST(TiffColor, lab_keeps_its_alpha) {
+    TiffBuilder tiff(1, 1);
+    tiff.samples(4, 8).set(262, TiffBuilder::kShort, {8}).set(338, TiffBuilder::kShort, {2});
+    EXPECT_EQ(bytesOf(loadBytes(tiff.block(bytes({255, 0, 0, 99})).build()), 1, 1, Format::RGBA),
+              (Values{255, 255, 255, 99}));
+}
+
+TEST(TiffColor, subsampled_luminance_and_chroma_become_rgb) {
+    TiffBuilder tiff(2, 2);
+    tiff.samples(3, 8).set(262, TiffBuilder::kShort, {6}).set(530, TiffBuilder::kShort, {2, 2});
+    // One unit: four luminances, then Cb and Cr for all of them (TIFF 6.0, section 21).
+    tiff.block(bytes({50, 100, 150, 200, 108, 148}));
+    // Default coefficients: R = Y + 1.402 (Cr - 128), B = Y + 1.772 (Cb - 128),
+    // G = Y - 0.34414 (Cb - 128) - 0.71414 (Cr - 128).
+    std::vector<double> expected;
+    for (int y : {50, 100, 150, 200})
+        for (double value : {y + 28.04, y + 6.88 - 14.28, y - 35.44}) expected.push_back(value);
+    expectNear(bytesOf(loadBytes(tiff.build()), 2, 2, Format::RGB), expected, 1);
+}
+
+TEST(TiffColor, rows_of_luminance_and_chroma_stay_where_they_are) {
+    for (const unsigned orientation : {1U, 3U, 4U, 6U}) {
+        TiffBuilder tiff(1, 3);
+        tiff.samples(3, 8).set(262, TiffBuilder::kShort, {6}).set(530, TiffBuilder::kShort, {1, 1});
+        tiff.set(274, TiffBuilder::kShort, {orientation}).set(278, TiffBuilder::kLong, {1});
+        for (int y : {10, 20, 30}) tiff.block(bytes({y, 128, 128}));
+        EXPECT_EQ(bytesOf(loadBytes(tiff.build()), 1, 3, Format::RGB),
+                  (Values{10, 10, 10, 20, 20, 20, 30, 30, 30}))
+            << orientation;
+    }
+}
+
+TEST(TiffColor, log_luminance_becomes_float) {
+    // 16 bits: 256 steps to the factor 2, 0x4000 is 1 (SGI's log encoding). Stored run-length
+    // coded, first all high bytes, then all low ones: 130 and a byte are four of it, 4 comes before
+    // four different ones.
+    TiffBuilder tiff(4, 1);
+    tiff.samples(1, 16, 2).set(259, TiffBuilder::kShort, {34676}).set(262, TiffBuilder::kShort, {32844});
+    tiff.block(bytes({4, 0x40, 0x41, 0x3F, 0xC0, 130, 0x00}));
+    const auto found = floatsOf(loadBytes(tiff.build()), 4, 1, Format::L_f);
+    ASSERT_EQ(found.size(), 4U);
+    const double kHalfStep = std::exp2(0.5 / 256);
+    const double expected[] = {kHalfStep, 2 * kHalfStep, 0.5 * kHalfStep, -kHalfStep};
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_NEAR(static_cast<double>(found[i]), expected[i], std::abs(expected[i]) * 1e-6);
+}
+
+TEST(TiffColor, log_colours_become_rgb) {
+    // 32 bits: log luminance as above, then u' and v' in 410ths: (u', v') of equal energy is
+    // (4/19, 9/19), which is 86.3 and 194.2 of them.
+    TiffBuilder tiff(1, 1);
+    tiff.samples(3, 16, 2).set(259, TiffBuilder::kShort, {34676}).set(262, TiffBuilder::kShort, {32845});
+    tiff.block(bytes({1, 0x42, 1, 0x00, 1, 86, 1, 194}));
+    const auto found = floatsOf(loadBytes(tiff.build()), 1, 1, Format::RGB_f);
+    ASSERT_EQ(found.size(), 3U);
+    for (float value : found) EXPECT_NEAR(static_cast<double>(value), 4, 0.05);
+}

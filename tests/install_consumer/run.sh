@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Installs the build and builds the consumer against it, through CMake or through pkg-config.
+# usage: run.sh cmake|pkg-config BUILD_DIR SOURCE_DIR COMPILER
+set -euo pipefail
+way=$1 build=$2 source=$3 compiler=$4
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cmake --install "$build" --prefix "$work/first" >"$work/install.log"
+# Moved after the installation: nothing in it may know where it was.
+mv "$work/first" "$work/installed"
+prefix=$work/installed
+libdir=$(dirname "$(find "$prefix" -name 'libKVRHost.so' | head -n 1)")
+
+case $way in
+cmake)
+    cmake -S "$source/tests/install_consumer" -B "$work/consumer" -G Ninja \
+        -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" >"$work/configure.log"
+    cmake --build "$work/consumer" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
+    consumer=$work/consumer/consumer
+    ;;
+pkg-config)
+    export PKG_CONFIG_PATH="$libdir/pkgconfig"
+    consumer=$work/consumer
+    # shellcheck disable=SC2046  # the flags are words
+    "$compiler" -std=c++20 -Wall -Wextra -Werror "$source/tests/install_consumer/main.cpp" \
+        $(pkg-config --cflags --libs RenderingBase) -Wl,-rpath,"$libdir" -o "$consumer"
+    ;;
+*)
+    echo "unknown way: $way" >&2
+    exit 2
+    ;;
+esac
+
+"$consumer" "$source/samples/images/studio.png"
+"$prefix/bin/rba" --version
+test -f "$libdir/libKVRRbaModel.so.0" && test -f "$libdir/libKVRHost.so.0"
+# Every installed header compiles on its own.
+cd "$prefix/include"
+find RenderingBase -name '*.h' | sort | while read -r header; do
+    printf '#include "%s"\n' "$header" >"$work/alone.cpp"
+    "$compiler" -std=c++20 -Wall -Wextra -Werror -fsyntax-only -I. "$work/alone.cpp" ||
+        { echo "does not compile alone: $header"; exit 1; }
+done

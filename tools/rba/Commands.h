@@ -1,0 +1,20 @@
+#pragma once
+
+/// @file  The commands, one function a group or command. Each is declared in the file of its name.
+
+#include "tools/rba/Context.h"
+#include "tools/rba/Precompiled.h"
+
+namespace rb::cli {
+
+void addImageCommands(CLI::App& program, Context& context);
+void addImageInfo(CLI::App& group, Context& context);
+void addImageFind(CLI::App& group, Context& context);
+void addImageConvert(CLI::App& group, Context& context);
+void addImageUnits(CLI::App& group, Context& context);
+void addImageHalf(CLI::App& group, Context& context);
+void addEnvCommand(CLI::App& program, Context& context);
+void addSettingsCommands(CLI::App& program, Context& context);
+void addTourCommand(CLI::App& program, Context& context);
+
+}  // namespace rb::cli

@@ -1,0 +1,74 @@
+#include "tools/rba/CommandLine.h"
+#include "tools/rba/Commands.h"
+#include "tools/rba/Images.h"
+#include "tools/rba/Output.h"
+#include "tools/rba/Paths.h"
+
+namespace rb::cli {
+namespace {
+
+struct ConvertArguments {
+    std::string in, out;
+    std::vector<std::string> groups;
+    int dpi = kDefaultDpi;
+};
+
+void checkDisplayable(const std::string& path, const KVRPixelImage& image) {
+    if (!isDisplayable(image))
+        throw Failure(path + ": expected an image with 8-bit pixels, found " + formatName(image) +
+                      " pixels, for which there is no conversion to 8 bits yet");
+}
+
+void printResult(Context& context, const std::string& path, const KVRPixelImage& image) {
+    int width = 0, height = 0;
+    image.GetSize(width, height);
+    if (context.json)
+        printJson(*context.out, {{"path", path},
+                                 {"width", width},
+                                 {"height", height},
+                                 {"format", static_cast<int>(image.GetFormat())}});
+    else if (!context.quiet)
+        *context.out << path << ": " << width << " x " << height << " px, " << formatName(image)
+                     << '\n';
+}
+
+int runConvert(Context& context, const ConvertArguments& arguments) {
+    const std::string extension = lowerExtension(arguments.out);
+    const char* const writer = writerFor(extension);
+    if (!writer)
+        throw UsageError(arguments.out + ": expected a name that ends in " + kWrittenExtensions +
+                         ", found '" + extension + "'");
+    if (arguments.dpi < 1)
+        throw UsageError("--dpi: expected a number from 1 on, found " +
+                         std::to_string(arguments.dpi));
+
+    KVRListValKVRUnicodeString groups;
+    for (const std::string& group : arguments.groups) groups.Append(KVRUnicodeString(group));
+    const KVRVar<KVRPixelImage> image = loadImage(arguments.in, arguments.dpi, groups);
+    checkDisplayable(arguments.in, *image.Get());
+    if (Failed(image->WriteToFile(frameworkPath(arguments.out), writer)))
+        throw Failure(arguments.out + ": " + imageErrorReason());
+    printResult(context, arguments.out, *image.Get());
+    return kDone;
+}
+
+}  // namespace
+
+void addImageConvert(CLI::App& group, Context& context) {
+    auto [command, arguments] = addCommand<ConvertArguments>(
+        group, context, runConvert,
+        {"convert",
+         "Write an image in another file format. The extension of OUT chooses it: png, tif, tiff, "
+         "bmp, jpg or jpeg (quality 95, without transparency). An embedded colour profile is "
+         "applied: the result is sRGB. OUT appears when it is complete and replaces an older file.",
+         "rba image convert oak.tif oak.png"});
+    addArgument(command, "IN", arguments.in, "Image file to read");
+    addArgument(command, "OUT", arguments.out, "Image file to write");
+    addOption(command, "--group", arguments.groups, "G",
+              "Of drawings: show this group only; may be given several times")
+        ->allow_extra_args(false);
+    addOption(command, "--dpi", arguments.dpi, "N",
+              "Of drawings: resolution in dots to the inch, 96 when not given");
+}
+
+}  // namespace rb::cli

@@ -1,0 +1,112 @@
+#include "RenderingBase/host/imaging/KVRMMRasterAdministrator.h"
+#include "RenderingBase/public/KVRRbaImageServices.h"
+#include "tools/rba/CommandLine.h"
+#include "tools/rba/Commands.h"
+#include "tools/rba/Images.h"
+#include "tools/rba/Output.h"
+#include "tools/rba/Paths.h"
+
+#include <optional>
+
+namespace rb::cli {
+namespace {
+
+struct InfoArguments {
+    std::vector<std::string> paths;
+};
+
+struct ImageFacts {
+    int width = 0, height = 0;  // pixels
+    int format = 0;
+    const char* formatName = "";
+    float dpi = 0;                    // 0 when the file states no resolution
+    float widthMm = 0, heightMm = 0;  // meaningful with a resolution only
+    std::optional<std::string> profile;
+};
+
+ImageFacts readFacts(const std::string& path) {
+    const KVRVar<KVRPixelImage> image = loadImage(path);
+    ImageFacts facts;
+    KVRRbaImageServices::GiveImageInfos(image.Get(), facts.width, facts.height, facts.dpi,
+                                        facts.widthMm, facts.heightMm);
+    facts.format = static_cast<int>(image->GetFormat());
+    facts.formatName = formatName(*image.Get());
+
+    // The image itself is sRGB by now; only the file knows what it came with.
+    KVRMMImageProp stored;
+    KVRMMImageSize size;
+    const HRESULT status =
+        KVRMMRasterAdministrator::GetInstance()->GetImageInfo(frameworkPath(path), stored, size, 0);
+    if (Succeeded(status) && stored.hasProfile)
+        facts.profile = std::string(stored.profileName.View());
+    return facts;
+}
+
+Json toJson(const std::string& path, const ImageFacts& facts) {
+    const bool measured = facts.dpi > 0;
+    return {{"path", path},
+            {"width", facts.width},
+            {"height", facts.height},
+            {"format", facts.format},
+            {"formatName", facts.formatName},
+            {"dpi", jsonNumber(facts.dpi)},
+            {"widthMm", measured ? jsonNumber(facts.widthMm) : Json()},
+            {"heightMm", measured ? jsonNumber(facts.heightMm) : Json()},
+            {"profile", facts.profile ? Json(*facts.profile) : Json()}};
+}
+
+void printText(std::ostream& out, const std::string& path, const ImageFacts& facts) {
+    out << path << "\n  size        " << facts.width << " x " << facts.height << " px"
+        << "\n  format      " << facts.formatName << " (" << facts.format << ")";
+    if (facts.dpi > 0)
+        out << "\n  resolution  " << numberText(facts.dpi) << " dpi\n  print size  "
+            << numberText(facts.widthMm, 2) << " x " << numberText(facts.heightMm, 2) << " mm";
+    else
+        out << "\n  resolution  not stated\n  print size  -";
+    out << "\n  profile     "
+        << (!facts.profile           ? "none"
+            : facts.profile->empty() ? "without a name"
+                                     : *facts.profile)
+        << '\n';
+}
+
+int runInfo(Context& context, const InfoArguments& arguments) {
+    Progress progress(context.quiet, arguments.paths.size());
+    Json results = Json::array();
+    int status = kDone;
+    for (const std::string& path : arguments.paths) {
+        progress.step(path);
+        try {
+            const ImageFacts facts = readFacts(path);
+            progress.clear();
+            if (context.json)
+                results.push_back(toJson(path, facts));
+            else
+                printText(*context.out, path, facts);
+        } catch (const Failure& failure) {
+            progress.clear();
+            context.out->flush();  // what came before stays before
+            printError(failure.what());
+            const std::string reason = std::string(failure.what()).substr(path.size() + 2);
+            results.push_back({{"path", path}, {"error", reason}});
+            status = kFailed;
+        }
+    }
+    if (context.json) printJson(*context.out, results);
+    return status;
+}
+
+}  // namespace
+
+void addImageInfo(CLI::App& group, Context& context) {
+    auto [command, arguments] = addCommand<InfoArguments>(
+        group, context, runInfo,
+        {"info",
+         "Show size, pixel format, resolution and colour profile of images. Each file is read "
+         "whole, so a damaged one is told. Sizes are pixels and millimetres (of 25.4 to the inch). "
+         "The profile is the one in the file.",
+         "rba image info oak.jpg\nrba --json image info textures/*.png"});
+    addArgument(command, "PATH", arguments.paths, "Image files");
+}
+
+}  // namespace rb::cli

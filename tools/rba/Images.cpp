@@ -1,0 +1,50 @@
+#include "tools/rba/Images.h"
+
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
+#include "RenderingBase/public/KVRRbaImageServices.h"
+#include "tools/rba/Context.h"
+#include "tools/rba/Paths.h"
+
+#include <array>
+#include <string_view>
+#include <utility>
+
+namespace rb::cli {
+
+std::string imageErrorReason() {
+    KVRImageError error = KVRLastImageError();
+    if (error.expected.empty()) return "expected an image, found one that could not be read";
+    error.file = KVRUnicodeString();
+    // The line begins with the file, which is empty here, and what separates it.
+    return std::string(error.Message().View().substr(std::string_view(": ").size()));
+}
+
+KVRVar<KVRPixelImage> loadImage(const std::string& typedPath, int dpi,
+                                const KVRListValKVRUnicodeString& groups) {
+    auto image = KVRVar<KVRPixelImage>::Adopt(
+        KVRRbaImageServices::CreatePixelImageFromFullPath(frameworkPath(typedPath), groups, dpi));
+    if (!image) throw Failure(typedPath + ": " + imageErrorReason());
+    return image;
+}
+
+bool isDisplayable(const KVRPixelImage& image) { return image.GetPixelsToRead() != nullptr; }
+
+const char* formatName(const KVRPixelImage& image) {
+    return rb::imaging::layoutOf(image.GetFormat()).name;
+}
+
+const char* writerFor(const std::string& extension) {
+    static constexpr std::array<std::pair<std::string_view, const char*>, 6> kWriters{{
+        {"png", "PNG"},
+        {"tif", "TIFF"},
+        {"tiff", "TIFF"},
+        {"bmp", "BMP"},
+        {"jpg", "JPG_HIGH"},
+        {"jpeg", "JPG_HIGH"},
+    }};
+    for (const auto& [known, writer] : kWriters)
+        if (known == extension) return writer;
+    return nullptr;
+}
+
+}  // namespace rb::cli

@@ -1,0 +1,35 @@
+#pragma once
+
+/// @file  What commands that read and write images share.
+
+#include "RenderingBase/host/base/KVRList.h"
+#include "RenderingBase/host/base/KVRUnicodeString.h"
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "RenderingBase/host/modeler/KVRVar.h"
+
+#include <string>
+
+namespace rb::cli {
+
+inline constexpr int kDefaultDpi = 96;  ///< Of drawings: one of their pixels is one of ours.
+
+/// Why the last image operation failed, without the path.
+std::string imageErrorReason();
+
+/// Loads an image with `KVRRbaImageServices`.
+/// @param groups  Of drawings: the names of the groups to show; empty shows all.
+/// Throws Failure ("path: expected ..., found ...") when it cannot be loaded.
+KVRVar<KVRPixelImage> loadImage(const std::string& typedPath, int dpi = kDefaultDpi,
+                                const KVRListValKVRUnicodeString& groups = {});
+
+/// Whether the pixels are integers, and so can be written as they are.
+bool isDisplayable(const KVRPixelImage& image);
+
+const char* formatName(const KVRPixelImage& image);  ///< As in "RGB_f16".
+
+/// The name that `KVRPixelImage::WriteToFile` has for the format of an extension in lower case;
+/// null when such files are not written.
+const char* writerFor(const std::string& extension);
+inline constexpr const char* kWrittenExtensions = "png, tif, tiff, bmp, jpg or jpeg";
+
+}  // namespace rb::cli

@@ -1,0 +1,81 @@
+#include "tools/rba/Output.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <iostream>
+
+namespace rb::cli {
+namespace {
+
+/// Fewer things than this are done before anybody could read about them.
+constexpr std::size_t kLeastForProgress = 4;
+
+std::string onOneLine(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string line;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7f)
+            line += c;
+        else
+            line.append({'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]});
+    }
+    return line;
+}
+
+}  // namespace
+
+ResultStream::ResultStream()
+    : m_standardOutput(std::cout.rdbuf(std::cerr.rdbuf())), m_stream(m_standardOutput) {}
+
+ResultStream::~ResultStream() { std::cout.rdbuf(m_standardOutput); }
+
+void printJson(std::ostream& out, const Json& value) {
+    out << value.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+Json jsonNumber(float value) {
+    if (!std::isfinite(value)) return nullptr;
+    const std::string text = numberText(value);
+    double number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+std::string numberText(float value) {
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+    return {text.data(), end};
+}
+
+std::string numberText(double value, int decimals) {
+    std::array<char, 400> text{};  // the longest double has 309 digits before the point
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                   std::chars_format::fixed, decimals)
+                         .ptr;
+    return {text.data(), end};
+}
+
+void printError(std::string_view message) { std::cerr << "rba: " << onOneLine(message) << '\n'; }
+
+Progress::Progress(bool quiet, std::size_t total)
+    : m_visible(!quiet && total >= kLeastForProgress && isatty(STDERR_FILENO) != 0),
+      m_total(total) {}
+
+void Progress::step(std::string_view what) {
+    ++m_done;
+    if (!m_visible) return;
+    clear();
+    std::cerr << '[' << m_done << '/' << m_total << "] " << onOneLine(what.substr(0, 60))
+              << std::flush;
+}
+
+void Progress::clear() {
+    // Back to the first column, then erase to the end of the line (ECMA-48, 8.3.41 EL).
+    if (m_visible) std::cerr << "\r\x1b[K" << std::flush;
+}
+
+}  // namespace rb::cli

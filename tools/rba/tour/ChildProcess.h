@@ -1,0 +1,15 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace rb::cli::tour {
+
+/// Runs @p program with @p arguments in the environment of this process changed by @p environment
+/// ("NAME=value"), and returns what it wrote to standard output. Its errors go nowhere.
+/// Throws Failure when it cannot be started.
+std::string outputOf(const std::filesystem::path& program, std::vector<std::string> arguments,
+                     const std::vector<std::string>& environment);
+
+}  // namespace rb::cli::tour

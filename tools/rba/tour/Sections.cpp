@@ -1,0 +1,16 @@
+#include "tools/rba/tour/Tour.h"
+
+#include <array>
+
+namespace rb::cli::tour {
+
+std::span<const Section> sections() {
+    static constexpr std::array<Section, 3> kSections{{
+        {"images", "Images from file to pixels", writeImagesSection},
+        {"search", "Where image files are found", writeSearchSection},
+        {"half", "Half floats", writeHalfSection},
+    }};
+    return kSections;
+}
+
+}  // namespace rb::cli::tour
