@@ -1,6 +1,7 @@
 // Reading of image files, beside the bare library underneath, called as briefly as it can be: the
 // same file, fresh memory, the same pixels. Writing of PNG beside libpng's defaults.
 
+#include <Imath/half.h>
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
@@ -8,7 +9,6 @@
 #include <ImfOutputFile.h>
 #include <ImfThreading.h>
 #include <benchmark/benchmark.h>
-#include <half.h>
 #include <jpeglib.h>
 #include <png.h>
 #include <tiffio.h>
@@ -243,20 +243,20 @@ int main(int argc, char** argv) {
         BareReader bare;
     } formats[] = {{"jpg", bareJpeg}, {"png", barePng}, {"tif", bareTiff}, {"exr", bareExr}};
     for (const auto& format : formats) {
-        const std::string name = std::string("read/") + format.extension;
-        benchmark::RegisterBenchmark((name + "/ours").c_str(), BM_read, format.extension,
+        const std::string name = std::string("read_") + format.extension;
+        benchmark::RegisterBenchmark((name + "/ours/4096").c_str(), BM_read, format.extension,
                                      format.bare)
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
-        benchmark::RegisterBenchmark((name + "/bare").c_str(), BM_bare, format.extension,
+        benchmark::RegisterBenchmark((name + "/bare/4096").c_str(), BM_bare, format.extension,
                                      format.bare)
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
     }
-    benchmark::RegisterBenchmark("write/png/ours", BM_writePng)
+    benchmark::RegisterBenchmark("write_png/ours/4096", BM_writePng)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
-    benchmark::RegisterBenchmark("write/png/bare", BM_writePngBare)
+    benchmark::RegisterBenchmark("write_png/bare/4096", BM_writePngBare)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
     benchmark::Initialize(&argc, argv);

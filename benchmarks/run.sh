@@ -14,7 +14,6 @@ cmake --preset release >/dev/null
 cmake --build --preset release --target rb_benchmarks
 
 print_medians() {
-    printf '%-44s %14s %8s %12s\n' case median GB/s 'time / ours'
     awk -F, '
         $1 ~ /_median"?$/ {
             gsub(/"/, "", $1)
@@ -30,12 +29,15 @@ print_medians() {
             if (part[2] == "ours") ours[key[count]] = time[count]
         }
         END {
+            printf "%-44s %14s %8s %12s\n", "case", "median", "GB/s", "time / ours"
+            fflush()
+            by_group = "sort -t \"\t\" -k1,1 -k2,2n -k3,3 | cut -f 3"
             for (i = 1; i <= count; ++i) {
                 ratio = (key[i] in ours) ? sprintf("%.2f", time[i] / ours[key[i]]) : "-"
                 printf "%s\t%d\t%-44s %11.0f %-2s %8s %12s\n", key[i], variant[i] != "ours", \
-                    case_of[i], time[i], unit[i], gigabytes[i], ratio
+                    case_of[i], time[i], unit[i], gigabytes[i], ratio | by_group
             }
-        }' | sort -t "$(printf '\t')" -k1,1 -k2,2n -k3,3 | cut -f 3
+        }'
 }
 
 for program in build/release/bin/*_benchmark; do

@@ -31,6 +31,7 @@ packages_for_lint=(
 )
 packages_for_benchmark=(
     libbenchmark-dev           # benchmarks/run.sh
+    hyperfine                  # benchmarks/processes.sh: whole processes
 )
 
 wanted=("${packages_for_run[@]}")

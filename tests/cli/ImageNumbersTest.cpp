@@ -49,7 +49,7 @@ TEST(ImageHalf, table_shows_bits_and_what_was_lost) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(
         result.out,
-        "float           half          back            note\n"
+        "float           half           back            note\n"
         "0.1             0x2e66  11878  0.099975586     rounded\n"
         "65504           0x7bff  31743  65504           exact\n"
         "65520           0x7c00  31744  inf             overflow: the largest half is 65504\n"
@@ -94,7 +94,7 @@ TEST(ImageHalf, other_texts_are_wrong_usage) {
         const RbaResult result = runRba({"image", "half", "1", text});
         EXPECT_EQ(result.status, 2) << text;
         EXPECT_EQ(result.out, "") << text;
-        EXPECT_TRUE(isErrorLine(result.err, text));
+        EXPECT_TRUE(isErrorLine(result.err, "VALUE"));
     }
 }
 

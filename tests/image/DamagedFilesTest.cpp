@@ -121,13 +121,13 @@ TEST_P(DamagedFiles, flipped_bytes_never_hurt) {
             damaged[random() % range] = static_cast<char>(random());
         }
         const Image image = load(damaged);
-        if (!image) EXPECT_FALSE(KVRLastImageError().found.empty());
+        EXPECT_EQ(KVRLastImageError().found.empty(), static_cast<bool>(image));
     }
     EXPECT_LT(rb::test::peakAddressSpace() - before, justified);
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, DamagedFiles, testing::ValuesIn(kRecipes), [](const auto& info) {
-    std::string name = info.param.name;
+INSTANTIATE_TEST_SUITE_P(Formats, DamagedFiles, testing::ValuesIn(kRecipes), [](const auto& recipe) {
+    std::string name = recipe.param.name;
     std::replace(name.begin(), name.end(), '.', '_');
     return name;
 });

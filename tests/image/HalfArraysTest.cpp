@@ -204,6 +204,23 @@ TEST_P(HalfArrays, raise_no_floating_point_flag) {
     std::feclearexcept(FE_ALL_EXCEPT);
 }
 
+#if defined(__GLIBC__)
+// A trap would end the program.
+TEST_P(HalfArrays, do_not_trap_when_the_thread_does) {
+    const std::vector<float> floats = {1e30f, 1e-30f, 0.1f, floatOf(0x7f800001), floatOf(1),
+                                       1e30f, 1e-30f, 0.1f, floatOf(0x7f800001), floatOf(1)};
+    std::vector<std::uint16_t> halves(floats.size());
+    std::vector<float> back(floats.size());
+    std::feclearexcept(FE_ALL_EXCEPT);
+    feenableexcept(FE_ALL_EXCEPT);
+    GetParam().toHalves(floats, halves);
+    GetParam().toFloats(halves, back);
+    const int trapped = fedisableexcept(FE_ALL_EXCEPT);
+    EXPECT_EQ(trapped, FE_ALL_EXCEPT);
+    EXPECT_EQ(halves, expectedHalves(floats));
+}
+#endif
+
 TEST_P(HalfArrays, do_not_follow_the_rounding_mode_of_the_thread) {
     const std::vector<float> floats = randomFloats(1000);
     std::vector<std::uint16_t> halves(floats.size());

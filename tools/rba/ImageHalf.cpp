@@ -55,9 +55,10 @@ HalfRow convert(const std::string& text) {
         row.half = float_to_half(row.value);
         row.back = half_to_float(row.half);
     } else {
-        throw UsageError(text +
-                         ": expected a number in the range of float (such as 0.1, -inf, nan) " +
-                         "or 16 bits such as 0x7bff");
+        throw UsageError(
+            "VALUE: expected a number in the range of float (such as 0.1, -inf or nan) or 16 bits "
+            "such as 0x7bff, found '" +
+            text + "'");
     }
     return row;
 }

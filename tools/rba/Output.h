@@ -41,6 +41,9 @@ Json jsonNumber(float value);
 std::string numberText(float value);
 /// With a fixed number of decimals.
 std::string numberText(double value, int decimals);
+inline std::string numberText(float value, int decimals) {
+    return numberText(static_cast<double>(value), decimals);
+}
 
 /// One line on standard error, with the name of the program before it. Control characters are
 /// written as "\x0a", so that it stays one line.

@@ -25,8 +25,9 @@
 /// removes it. Reasons for failures go to the host trace "KVRSettingRepository".
 ///
 /// Names of repositories and settings are ASCII letters, digits, "_", "-" and "."; a repository's
-/// does not start with ".". Threads: all members may be called at once.   Cost: each call reads the
-/// file.
+/// does not start with ".".
+/// Threads: all members may be called at once.
+/// Cost: each call reads the file; a write waits until the disk has it.
 class KVR_EXPORT KVRSettingRepository : public KVRClass<"KVRSettingRepository"> {
 public:
     /// A setting's name and value.
@@ -44,21 +45,20 @@ public:
 
     /// Reads a setting.
     /// Errors: E_FAIL when it was never written, is no decimal number (the second form), or the
-    /// file is
-    ///         gone or damaged; E_INVALIDARG when @p name is null. The value is untouched then.
+    ///         file is gone or damaged; E_INVALIDARG when @p name is null. The value is untouched
+    ///         then.
     HRESULT ReadSetting(const char* name, KVRUnicodeString& value) const;
     HRESULT ReadSetting(const char* name, int& value) const;
 
     /// Writes a setting; any text comes back as it was.
     /// Errors: E_INVALIDARG when @p name cannot be a setting's; E_FAIL when the repository is gone,
-    /// damaged
-    ///         or cannot be written. The file is as before then.
+    ///         damaged or cannot be written. The file is as before then.
     HRESULT WriteSetting(const char* name, const KVRUnicodeString& value);
     HRESULT WriteSetting(const char* name, int value);
 
     /// Reads all settings, in the order of the file.
-    /// @param settings  replaced; empty on failure.   Errors: E_FAIL when the file is gone or
-    /// damaged.
+    /// @param settings  replaced; empty on failure.
+    /// Errors: E_FAIL when the file is gone or damaged.
     HRESULT ListSettings(std::vector<Setting>& settings) const;
 
     /// The path of the file.

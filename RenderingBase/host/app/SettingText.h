@@ -5,8 +5,8 @@
 
 namespace rb::app {
 
-/// Writes a text as one line of a key file that begins with no blank, using the escapes of the
-/// Desktop Entry Specification ("Possible value types": \s \n \t \r \\) and \f, which is a blank to
+/// Writes a text as one line of a key file that begins with no blank, using the escapes of desktop
+/// entry files (version 1.5, "Possible value types": \s \n \t \r \\) and \f, which is a blank to
 /// key files too.
 std::string escapedSetting(std::string_view text);
 

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+// As GLib declares it.  NOLINTNEXTLINE(bugprone-reserved-identifier)
 typedef struct _GKeyFile GKeyFile;
 
 namespace rb::app {

@@ -10,7 +10,7 @@
 namespace rb::app {
 
 // The environment is read at each call, where the same lookup of GLib remembers its first answer. A
-// relative folder is not valid in this variable (XDG Base Directory Specification, "Basics").
+// relative folder is not valid in this variable (XDG base directories, 0.8, "Basics").
 std::string settingsFolder() {
     const char* configured = KVRGetEnv("XDG_CONFIG_HOME");
     if (configured && configured[0] == '/') return std::string(configured) + "/RenderingBase";

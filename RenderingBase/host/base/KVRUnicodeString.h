@@ -17,9 +17,11 @@
 /// Positions and lengths count characters (code points) from 0, unless a name says bytes. Bytes
 /// that are no UTF-8 become U+FFFD when they come in, and so does an embedded zero byte, so that
 /// CastToCharPtr() always shows the whole text. Comparisons are exact and case-sensitive, in the
-/// order of the code points; nothing depends on the locale of the process. Threads: const members
-/// may be called at once.   Cost: a position in a text of ASCII characters is found at once, in any
-/// other text by counting from its start.   Texts are shorter than 2 GiB.
+/// order of the code points; nothing depends on the locale of the process. Texts are shorter than
+/// 2 GiB.
+/// Threads: const members may be called at once.
+/// Cost: a position in a text of ASCII characters is found at once, in any other text by counting
+/// from its start.
 class KVR_EXPORT KVRUnicodeString {
 public:
     KVRUnicodeString() = default;

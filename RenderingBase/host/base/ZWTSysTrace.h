@@ -3,8 +3,8 @@
 /// @file  The host's own trace, for following what a facility does. It is not the library's trace
 /// log.
 ///
-///     if (const auto trace = ZWTSysTraceCreate("KVRRbaPathResolver")) trace->Info("Resolving %s
-///     ...", path);
+///     const auto trace = ZWTSysTraceCreate("KVRRbaPathResolver");
+///     if (trace) trace->Info("Resolving %s ...", path);
 
 #include "RenderingBase/host/base/KVRExport.h"
 

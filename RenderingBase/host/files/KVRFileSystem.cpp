@@ -31,13 +31,13 @@ HRESULT KVRGetFileInfo(const KVRUnicodeString& path, KVRFileInfo* info) {
     });
 }
 
-HRESULT KVRFileStat(const KVRUnicodeString& path, KVRFileStatus& result) {
+HRESULT KVRFileStat(const KVRUnicodeString& path, KVRFileStatus& status) {
     return rb::guarded([&] {
-        struct stat status {};
-        if (Failed(readStatus(path, status))) return E_FAIL;
+        struct stat found {};
+        if (Failed(readStatus(path, found))) return E_FAIL;
         constexpr std::int64_t kLargest = std::numeric_limits<std::int32_t>::max();
-        result.modificationTime = status.st_mtime;
-        result.size = static_cast<std::int32_t>(std::min<std::int64_t>(status.st_size, kLargest));
+        status.modificationTime = found.st_mtime;
+        status.size = static_cast<std::int32_t>(std::min<std::int64_t>(found.st_size, kLargest));
         return S_OK;
     });
 }

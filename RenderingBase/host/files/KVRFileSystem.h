@@ -4,8 +4,8 @@
 ///
 /// Paths come with "\" or "/". Everything follows links, except where said. Nothing throws: the
 /// status is S_OK, or E_FAIL when the file is not there or the system refuses, or E_INVALIDARG for
-/// a null argument. Threads: all operations may be called at once.   Cost: each call asks the
-/// system.
+/// a null argument.
+/// Threads: all operations may be called at once.
 
 #include "RenderingBase/host/base/KVRExport.h"
 #include "RenderingBase/host/base/KVRList.h"

@@ -21,6 +21,19 @@ bool isAbsolute(const KVRUnicodeString& path) {
 
 bool exists(const KVRUnicodeString& path) { return KVRFileAccess(path, 0) == S_OK; }
 
+// Empty when there is none.
+KVRUnicodeString firstExisting(const KVRUnicodeString& relative, std::string_view folders) {
+    if (isAbsolute(relative)) return exists(relative) ? relative : KVRUnicodeString();
+    while (!folders.empty() && relative.GetLengthInByte() != 0) {
+        const std::string_view folder = folders.substr(0, folders.find(';'));
+        folders.remove_prefix(std::min(folder.size() + 1, folders.size()));
+        if (folder.empty()) continue;
+        KVRUnicodeString candidate = KVRUnicodeString(folder) + "\\" + relative;
+        if (exists(candidate)) return candidate;
+    }
+    return {};
+}
+
 }  // namespace
 
 std::string NativePath(const KVRUnicodeString& path) {
@@ -64,25 +77,8 @@ KVRUnicodeString KVRGetRealPath(const KVRUnicodeString& path) {
 }
 
 bool KVRFindPath(const KVRUnicodeString& relative, const char* pathList, KVRUnicodeString& found) {
-    const KVRUnicodeString wanted = relative;  // a copy, since the output may be the input
-    found = KVRUnicodeString();
-    if (wanted.GetLengthInByte() == 0) return false;
-    if (isAbsolute(wanted)) {
-        if (!exists(wanted)) return false;
-        found = wanted;
-        return true;
-    }
-    std::string_view list = pathList ? pathList : "";
-    while (!list.empty()) {
-        const std::string_view folder = list.substr(0, list.find(';'));
-        list.remove_prefix(std::min(folder.size() + 1, list.size()));
-        if (folder.empty()) continue;
-        KVRUnicodeString candidate = KVRUnicodeString(folder) + "\\" + wanted;
-        if (!exists(candidate)) continue;
-        found = std::move(candidate);
-        return true;
-    }
-    return false;
+    found = firstExisting(relative, pathList ? pathList : "");
+    return found.GetLengthInByte() != 0;
 }
 
 char* KVRFindPath(const char* relative, const char* pathList) {

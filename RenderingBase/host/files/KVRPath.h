@@ -28,9 +28,8 @@ KVR_EXPORT void KVRSplitPath(const KVRUnicodeString& path, KVRUnicodeString& dir
                              KVRUnicodeString& fileName);
 
 /// Returns the absolute path of a file or folder, which need not exist, with links resolved and
-/// without
-/// "." and "..". What cannot be looked at (a folder without permission, a name that is too long) is
-/// resolved by its text. Empty for an empty path and for a loop of links.
+/// without "." and "..". What cannot be looked at (a folder without permission, a name that is too
+/// long) is resolved by its text. Empty for an empty path and for a loop of links.
 KVR_EXPORT KVRUnicodeString KVRGetRealPath(const KVRUnicodeString& path);
 
 /// Looks for a relative path in a list of folders.

@@ -117,6 +117,7 @@ HRESULT KVRPixelImage::UnStream(KVRStream& stream) try {
     StreamedHeader header{};
     if (!stream.Read(&header, sizeof header)) return E_FAIL;
     const auto format = static_cast<KVRPixelImageFormat>(header.format);
+    if (layoutOf(format).channels == 0) return E_FAIL;
     const std::size_t bytes = byteCount(header.width, header.height, format);
     PixelStorage pixels(bytes, PixelStorage::Fill::None);
     if (!stream.Read(pixels.data(), bytes)) return E_FAIL;

@@ -17,21 +17,22 @@
 /// destroys it. An object may be extended by adapters (see KVRModeler), and all of them are one
 /// object to the outside: any of them answers the interfaces of all, and they compare equal.
 ///
-///   adapter         made on                             lives                  counted
-///   tie             a query, again once it is gone      with its pointers      by itself; holds a
-///   reference on its object data extension  the first query, once per object    with its object as
-///   its object
+///   adapter         made on                  lives              counted
+///   tie             a query, when none is    with its pointers  by itself; holds its object
+///   data extension  the first query, once    with its object    as its object
 ///
 /// When the count of an object reaches 0, its data extensions are destroyed first, the last made
 /// first, while the object is still whole: their destructors may use it. Nothing new extends it
 /// from then on. An object that is not counted down (one on the stack) loses them in the destructor
 /// of this base class, when the parts derived from it are gone already; nobody may hold a reference
-/// on it any more. Threads: AddRef, Release and QueryInterface may be called at once by whoever
-/// holds a reference.
+/// on it any more.
+/// Threads: AddRef, Release and QueryInterface may be called at once by whoever holds a reference.
 class KVR_EXPORT KVRBaseUnknown {
 public:
     KVRBaseUnknown() = default;
     KVRBaseUnknown(const KVRBaseUnknown&) noexcept {}  ///< A copy is a new object with the count 1.
+    /// The count, and what extends the object, are not assigned.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
     KVRBaseUnknown& operator=(const KVRBaseUnknown&) noexcept { return *this; }
     virtual ~KVRBaseUnknown();
 
@@ -43,8 +44,7 @@ public:
     /// needed.
     /// @param out  cleared first; gets the interface with one reference for the caller.
     /// Errors: E_NOINTERFACE when nothing answers; E_INVALIDARG when @p out is null; E_OUTOFMEMORY
-    /// or
-    ///         E_FAIL when the adapter could not be made.
+    ///         or E_FAIL when the adapter could not be made.
     HRESULT QueryInterface(const KVRIid& iid, void** out);
 
     static const char* ClassId() { return "KVRBaseUnknown"; }

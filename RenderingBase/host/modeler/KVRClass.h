@@ -2,14 +2,13 @@
 
 /// @file  What a class of the framework derives from.
 ///
-///     class KVR_EXPORT KVRIFoo : public KVRInterface<"KVRIFoo"> {       // an interface
+///     class KVR_EXPORT KVRIFoo : public KVRInterface<"KVRIFoo"> {  // an interface
 ///     public:
 ///         virtual HRESULT Count(unsigned& count) = 0;
 ///     };
-///     class KVR_EXPORT KVR3DRep : public KVRClass<"KVR3DRep"> {};                  // a class
-///     class KVR_EXPORT KVR3DPipeRep : public KVRClass<"KVR3DPipeRep", KVR3DRep> {};  // a derived
-///     one class FooOfPipe : public KVRClass<"FooOfPipe", KVRIFoo> { ... };             //
-///     implements KVRIFoo
+///     class KVR_EXPORT KVR3DRep : public KVRClass<"KVR3DRep"> {};
+///     class KVR_EXPORT KVR3DPipeRep : public KVRClass<"KVR3DPipeRep", KVR3DRep> {};
+///     class PipeFoo : public KVRClass<"PipeFoo", KVRIFoo> { ... };  // implements KVRIFoo
 ///     ...
 ///     if (auto foo = KVRQuery<KVRIFoo>(object)) foo->Count(n);
 

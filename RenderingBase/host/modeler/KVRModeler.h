@@ -2,10 +2,10 @@
 
 /// @file  The registry of components and adapters, and the macros that enter a class in it.
 ///
-///     KVR_COMPONENT(KVRRbaFactory);                                        // made by its name
-///     KVR_DECLARE_TIE(KVRIRbaGeometry, KVRRbaGeometryPipeRep);             // in a header
-///     KVR_TIE(KVRIRbaGeometry, KVRRbaGeometryPipeRep, "KVR3DPipeRep");     // answers for these
-///     types KVR_DATA_EXTENSION(KVRICached, DocumentImage, "PCCMemDocument");
+///     KVR_COMPONENT(KVRRbaFactory);
+///     KVR_DECLARE_TIE(KVRIRbaGeometry, KVRRbaGeometryPipeRep);  // in a header
+///     KVR_TIE(KVRIRbaGeometry, KVRRbaGeometryPipeRep, "KVR3DPipeRep");
+///     KVR_DATA_EXTENSION(KVRICached, DocumentImage, "PCCMemDocument", "PCCMemDOCUMENTS");
 ///
 /// The other macros stand in the source of the class, at namespace scope, and register when the
 /// library is loaded; a library that uses them must therefore be a shared one, and stays loaded
@@ -53,8 +53,7 @@ public:
 
     /// Finds the adapter that serves an interface on an object, or makes it.
     /// @return with one reference for the caller; null when none is registered, or while the object
-    /// is
-    ///         being destroyed. Passes on what the creator throws.
+    ///         is being destroyed. Passes on what the creator throws.
     static KVRBaseUnknown* Extend(KVRBaseUnknown& object, const KVRIid& iid);
 
     /// The same with a given adapter, whatever is registered for the object's type.

@@ -33,7 +33,8 @@ private:
         std::array<unsigned char, 4> bytes{};
         if (m_source.read(m_offset, bytes.data(), bytes.size()) != bytes.size()) return false;
         m_offset += bytes.size();
-        value = bytes[0] | bytes[1] << 8 | bytes[2] << 16 | std::uint32_t{bytes[3]} << 24;
+        value = 0;
+        for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
         return true;
     }
     bool text(std::string& value);

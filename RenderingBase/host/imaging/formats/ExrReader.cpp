@@ -31,6 +31,7 @@
 #include "RenderingBase/host/imaging/formats/ExrChannels.h"
 #include "RenderingBase/host/imaging/formats/ExrHeaderCheck.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
+#include "RenderingBase/host/imaging/formats/QuotedText.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 namespace rb::imaging {
@@ -160,7 +161,7 @@ ReadResult ExrReader::chooseChannels(const Imf::Header& part) {
         constexpr std::size_t kShown = 8;
         std::string list;
         for (std::size_t i = 0; i < std::min(names.size(), kShown); ++i)
-            list += (i ? ", " : "") + names[i].substr(0, 32);
+            list += (i ? ", " : "") + inQuotes(names[i]);
         return refuse("channels R, G and B, a channel Y, or one channel",
                       names.empty() ? "none" : list + (names.size() > kShown ? ", ..." : ""));
     }
@@ -183,7 +184,7 @@ ReadResult ExrReader::chooseFormat() {
             const Imf::Channel& channel = part().channels()[name];
             half = half && channel.type == Imf::HALF;
             if (channel.xSampling != 1 || channel.ySampling != 1)
-                return refuse("a sample in every pixel", "the subsampled channel " + name);
+                return refuse("a sample in every pixel", "the subsampled channel " + inQuotes(name));
         }
     }
     if (half)

@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
+#include "RenderingBase/host/imaging/formats/QuotedText.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 #include "RenderingBase/host/imaging/formats/XyzColor.h"
 
@@ -139,7 +140,7 @@ ReadResult HdrReader::readText() {
         const std::string format =
             line.substr(begin, line.find_last_not_of(' ') + 1 - begin);
         if (format != "32-bit_rle_rgbe" && format != "32-bit_rle_xyze")
-            return refuse("FORMAT=32-bit_rle_rgbe or 32-bit_rle_xyze", format.substr(0, 64));
+            return refuse("FORMAT=32-bit_rle_rgbe or 32-bit_rle_xyze", inQuotes(format));
         m_xyz = format == "32-bit_rle_xyze";
     }
     return refuse("an empty line after the header", "ever more lines");
@@ -149,8 +150,9 @@ ReadResult HdrReader::readHeader(ImageHeader& header) {
     if (ReadResult refusal = readText()) return refusal;
     const std::string where = place();
     std::string line;
-    if (!readLine(m_window, line) || !parseResolution(line, m_rows, m_columns))
-        return refuse("a resolution such as \"-Y 480 +X 640\"", line.substr(0, 64), where);
+    if (!readLine(m_window, line)) return refuse("a line of text", remaining(), where);
+    if (!parseResolution(line, m_rows, m_columns))
+        return refuse("a resolution such as \"-Y 480 +X 640\"", inQuotes(line), where);
     header.width = m_columns;
     header.height = m_rows;
     header.format = KVRPixelImageFormat::RGB_f;

@@ -34,8 +34,8 @@ std::size_t bigEndian32(const Byte* at) {
 }
 
 /// Moves the contents of the IDAT chunks at the start of @p chunks together, over the chunks
-/// themselves. Returns their length; nothing unless all chunks up to IEND are there and sound, and
-/// no critical one is among them that does not belong there.
+/// themselves. Returns their length; nothing unless all chunks up to IEND are there and sound and
+/// all data chunks stand together.
 std::optional<std::size_t> gatherData(std::span<Byte> chunks) {
     std::size_t gathered = 0;
     bool inData = true;
@@ -52,8 +52,6 @@ std::optional<std::size_t> gatherData(std::span<Byte> chunks) {
             gathered += length;
         } else {
             inData = false;
-            const bool critical = !(chunk[4] & 0x20);
-            if (critical) return {};
         }
         at += kChunkFrame + length;
     }

@@ -40,7 +40,7 @@ void append32(std::vector<Byte>& to, std::uint64_t value) {
 }
 
 bool writeBytes(std::FILE* file, Bytes bytes) {
-    return std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    return bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
 }
 
 bool writeChunk(std::FILE* file, const char* type, Bytes content) {

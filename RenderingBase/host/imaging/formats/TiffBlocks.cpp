@@ -257,7 +257,10 @@ ReadResult decodeTiffBlocks(SharedSource& source, const TiffDirectory& directory
 
 ReadResult decodeTiffThroughRgba(SharedSource& source, const TiffDirectory& d, std::byte* out) {
     TiffHandle handle(source, decoderAllowance(source, saturatedProduct(d.width, d.blockHeight, 4)));
-    if (!handle.get()) return refuse("a TIFF directory", handle.complaint());
+    const auto said = [&handle](const char* otherwise) {
+        return handle.complaint().empty() ? std::string(otherwise) : handle.complaint();
+    };
+    if (!handle.get()) return refuse("a TIFF directory", said("none that can be read"));
     setDecodedForm(handle);
     TIFFRGBAImage image{};
     char message[1024] = "";
@@ -275,9 +278,7 @@ ReadResult decodeTiffThroughRgba(SharedSource& source, const TiffDirectory& d, s
         image.row_offset = static_cast<int>(y);
         if (!TIFFRGBAImageGet(&image, raster.data(), d.width, rows) ||
             !handle.complaint().empty())
-            return refuse("pixels that decode",
-                          handle.complaint().empty() ? "others" : handle.complaint(),
-                          "row " + std::to_string(y));
+            return refuse("pixels that decode", said("others"), "row " + std::to_string(y));
         for (std::size_t i = 0; i < std::size_t{d.width} * rows; ++i)
             for (unsigned shift = 0; shift < 24; shift += 8)
                 *out++ = static_cast<std::byte>(raster[i] >> shift & 0xFF);
