@@ -13,8 +13,8 @@
 /// Threads: every operation may run on any thread.
 
 #include "RenderingBase/host/base/KVRExport.h"
-#include "RenderingBase/host/base/KVRResult.h"
 #include "RenderingBase/host/base/KVRList.h"
+#include "RenderingBase/host/base/KVRResult.h"
 #include "RenderingBase/host/base/KVRUnicodeString.h"
 
 class KVRBaseUnknown;
@@ -40,8 +40,8 @@ public:
     static int FindImageInPaths(int kind, const KVRUnicodeString& path, KVRUnicodeString& found,
                                 KVRBaseUnknown* document);
 
-    /// Cuts @p text at every ";" and appends the pieces. A piece that a ";" ends counts even when it
-    /// is empty, the rest behind the last ";" only when it is not: "a;;b" gives three, "a;" one.
+    /// Cuts @p text at every ";" and appends the pieces. A piece that a ";" ends counts even when
+    /// it is empty, the rest behind the last ";" only when it is not: "a;;b" gives three, "a;" one.
     /// @return  0.
     static int ExtractPathList(const KVRUnicodeString& text, KVRListValKVRUnicodeString& list);
 
@@ -82,8 +82,8 @@ public:
                                   float& widthMm, float& heightMm);
     /// Loads the file at @p path (drawings at 96 dots to the inch) and measures it.
     /// Errors: E_FAIL for an empty path and for a file that cannot be loaded.
-    static HRESULT GiveImageInfos(const KVRUnicodeString& path, int& width, int& height,
-                                  float& dpi, float& widthMm, float& heightMm);
+    static HRESULT GiveImageInfos(const KVRUnicodeString& path, int& width, int& height, float& dpi,
+                                  float& widthMm, float& heightMm);
 
     /// Dots to the inch of @p sizePx pixels on @p sizeMm millimetres, rounded with halves away from
     /// zero; 0 when @p sizeMm is 0. A result beyond the range of int becomes its nearest end.

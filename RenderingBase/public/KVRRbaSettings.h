@@ -3,8 +3,8 @@
 /// @file  Settings that come from the environment.
 ///
 /// Most are read once, when the library is loaded, in the order of their declaration, and never
-/// change afterwards; a few are read where they are needed. No setting is interpreted here: the code
-/// that uses one does (mostly, whether it is defined at all). An empty variable is defined.
+/// change afterwards; a few are read where they are needed. No setting is interpreted here: the
+/// code that uses one does (mostly, whether it is defined at all). An empty variable is defined.
 
 #include <span>
 

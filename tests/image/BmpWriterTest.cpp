@@ -15,8 +15,8 @@ using namespace rb::test;
 
 Image made(const RawPicture& picture) {
     constexpr Format kFormats[] = {Format::None, Format::L, Format::LA, Format::RGB, Format::RGBA};
-    Image image = Image::Adopt(
-        new KVRPixelImage(picture.width, picture.height, kFormats[picture.channels]));
+    Image image =
+        Image::Adopt(new KVRPixelImage(picture.width, picture.height, kFormats[picture.channels]));
     std::memcpy(image->GetPixelsToModify(), picture.samples.data(), picture.samples.size());
     return image;
 }
@@ -77,7 +77,8 @@ TEST(BmpWriter, headers_fit_what_is_written) {
         unsigned headerBytes, bits, paletteEntries;
     };
     const TempFolder folder;
-    for (const Case& test : {Case{1, 40, 8, 256}, Case{2, 108, 32, 0}, Case{3, 40, 24, 0}, Case{4, 108, 32, 0}}) {
+    for (const Case& test :
+         {Case{1, 40, 8, 256}, Case{2, 108, 32, 0}, Case{3, 40, 24, 0}, Case{4, 108, 32, 0}}) {
         const std::string file = contentOf(written(folder, made(gradients(5, 3, test.channels))));
         const unsigned row = (5 * test.bits + 31) / 32 * 4;
         const unsigned begin = 14 + test.headerBytes + 4 * test.paletteEntries;
@@ -135,7 +136,8 @@ TEST(BmpWriter, profile_of_another_colour_space_stays_away) {
     const auto sRGB = KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateSRGB());
     std::vector<std::byte> grey(sRGB->GetData().begin(), sRGB->GetData().end());
     std::memcpy(grey.data() + 16, "GRAY", 4);
-    const auto profile = KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateFromMemory(grey));
+    const auto profile =
+        KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateFromMemory(grey));
     ASSERT_TRUE(profile);
     ASSERT_EQ(image->AssignColorProfile(profile.Get(), 0), S_OK);
     EXPECT_EQ(number(contentOf(written(folder, image)), 14, 4), 40U);

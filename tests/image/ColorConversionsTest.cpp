@@ -40,8 +40,8 @@ TEST(ColorConversions, saturation_zero_gives_the_lightness_exactly) {
 TEST(ColorConversions, pure_colours_stand_at_sixths_of_the_circle) {
     const struct {
         int r, g, b, hue;
-    } colours[] = {{255, 0, 0, 0},   {255, 255, 0, 43}, {0, 255, 0, 85},
-                   {0, 255, 255, 128}, {0, 0, 255, 170}, {255, 0, 255, 213}};
+    } colours[] = {{255, 0, 0, 0},     {255, 255, 0, 43}, {0, 255, 0, 85},
+                   {0, 255, 255, 128}, {0, 0, 255, 170},  {255, 0, 255, 213}};
     for (const auto& c : colours) {
         const Hsl value = hsl(c.r, c.g, c.b);
         EXPECT_EQ(value.h, c.hue);

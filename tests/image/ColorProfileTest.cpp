@@ -30,7 +30,8 @@ Image pixel(Format format, const std::vector<std::uint8_t>& values) {
 
 std::vector<int> bytesOf(const Image& image) {
     std::vector<int> values;
-    for (const std::byte value : image->GetRawPixels()) values.push_back(std::to_integer<int>(value));
+    for (const std::byte value : image->GetRawPixels())
+        values.push_back(std::to_integer<int>(value));
     return values;
 }
 
@@ -78,7 +79,8 @@ TEST(KVRMMColorProfile, what_is_no_profile_gives_null) {
     auto cut = std::vector<std::byte>(sRGB()->GetData().begin(), sRGB()->GetData().begin() + 100);
     EXPECT_EQ(KVRMMColorProfile::CreateFromMemory(cut), nullptr);
     const rb::test::TempFolder folder;
-    EXPECT_EQ(KVRMMColorProfileFactory::CreateColorProfileFromFile(folder.file("none.icc")), nullptr);
+    EXPECT_EQ(KVRMMColorProfileFactory::CreateColorProfileFromFile(folder.file("none.icc")),
+              nullptr);
     EXPECT_EQ(KVRMMColorProfileFactory::CreateColorProfileFromFile(
                   folder.write("text.icc", "not a profile")),
               nullptr);
@@ -87,8 +89,8 @@ TEST(KVRMMColorProfile, what_is_no_profile_gives_null) {
 TEST(KVRMMColorProfile, a_file_gives_the_same_profile_as_its_bytes) {
     const auto data = sRGB()->GetData();
     const rb::test::TempFolder folder;
-    const std::string path = folder.write(
-        "s.icc", {reinterpret_cast<const char*>(data.data()), data.size()});
+    const std::string path =
+        folder.write("s.icc", {reinterpret_cast<const char*>(data.data()), data.size()});
     const Profile profile =
         Profile::Adopt(KVRMMColorProfileFactory::CreateColorProfileFromFile(path));
     ASSERT_TRUE(profile);
@@ -110,17 +112,19 @@ TEST(KVRPixelImageColor, assigning_tags_and_changes_no_pixel) {
     EXPECT_EQ(image->GetColorProfile(), nullptr);
     EXPECT_EQ(image->AssignColorProfile(swapped().Get(), 0), S_OK);
     EXPECT_EQ(bytesOf(image), (std::vector<int>{10, 20, 30}));
-    EXPECT_NE(Profile::Adopt(image->GetColorProfile())->getProfileModel(), KVRUnicodeString("sRGB"));
+    EXPECT_NE(Profile::Adopt(image->GetColorProfile())->getProfileModel(),
+              KVRUnicodeString("sRGB"));
     EXPECT_EQ(image->AssignColorProfile(nullptr, 0), S_OK);
-    EXPECT_EQ(Profile::Adopt(image->GetColorProfile())->getProfileModel(), KVRUnicodeString("sRGB"));
+    EXPECT_EQ(Profile::Adopt(image->GetColorProfile())->getProfileModel(),
+              KVRUnicodeString("sRGB"));
 }
 
 TEST(KVRPixelImageColor, a_profile_that_swaps_red_and_green_swaps_them_in_every_format) {
     // Values up to 1 in every format; half precision and 8 bits bound what can be seen.
-    for (const Format format : {Format::RGB, Format::RGBA, Format::BGR, Format::BGRA, Format::ARGB,
-                                Format::ABGR, Format::RGB_16, Format::RGBA_16, Format::RGB_f,
-                                Format::RGBA_f, Format::RGB_f16, Format::BGR_f16,
-                                Format::RGBA_f16, Format::BGRA_f16}) {
+    for (const Format format :
+         {Format::RGB, Format::RGBA, Format::BGR, Format::BGRA, Format::ARGB, Format::ABGR,
+          Format::RGB_16, Format::RGBA_16, Format::RGB_f, Format::RGBA_f, Format::RGB_f16,
+          Format::BGR_f16, Format::RGBA_f16, Format::BGRA_f16}) {
         const Image image = pixel(Format::RGBA, {200, 50, 100, 77});
         ASSERT_EQ(image->ChangeFormat(format), S_OK);
         ASSERT_EQ(image->AssignColorProfile(swapped().Get(), 0), S_OK);
@@ -139,7 +143,8 @@ TEST(KVRPixelImageColor, a_profile_that_swaps_red_and_green_swaps_them_in_every_
 }
 
 TEST(KVRPixelImageColor, the_swapped_sample_comes_back_swapped) {
-    const Image stored = Image::Adopt(KVRPixelImage::CreateFromFile(kSamples + "swapped.png", 1, 0));
+    const Image stored =
+        Image::Adopt(KVRPixelImage::CreateFromFile(kSamples + "swapped.png", 1, 0));
     ASSERT_TRUE(stored);
     const Image shown = Image::Adopt(new KVRPixelImage(*stored.Get()));
     ASSERT_EQ(shown->ApplyColorProfile(nullptr, 0), S_OK);
@@ -157,7 +162,8 @@ TEST(KVRPixelImageColor, the_swapped_sample_comes_back_swapped) {
 
 TEST(KVRPixelImageColor, srgb_to_srgb_changes_nothing) {
     std::vector<std::uint8_t> values;
-    for (int i = 0; i < 3 * 4096; ++i) values.push_back(static_cast<std::uint8_t>(i * 31 + i / 256));
+    for (int i = 0; i < 3 * 4096; ++i)
+        values.push_back(static_cast<std::uint8_t>(i * 31 + i / 256));
     const Image image = Image::Adopt(new KVRPixelImage(64, 64, Format::RGB));
     std::memcpy(image->GetPixelsToModify(), values.data(), values.size());
     ASSERT_EQ(image->ApplyColorProfile(nullptr, 0), S_OK);
@@ -176,16 +182,16 @@ TEST(KVRPixelImageColor, wide_gamut_colours_land_where_the_engines_own_tool_puts
         const std::string colour =
             folder.write("colour.txt", std::to_string(r) + "\n" + std::to_string(g) + "\n" +
                                            std::to_string(b) + "\n");
-        const std::string printed = rb::test::runProgram(
-            "transicc -n -t 1 -b -i " + wideFile + " -o " + srgbFile + " < " + colour);
+        const std::string printed = rb::test::runProgram("transicc -n -t 1 -b -i " + wideFile +
+                                                         " -o " + srgbFile + " < " + colour);
         std::istringstream stream(printed);
         double expected[3] = {-1, -1, -1};
         stream >> expected[0] >> expected[1] >> expected[2];
         ASSERT_TRUE(stream) << printed;
 
-        const Image image = pixel(Format::RGB, {static_cast<std::uint8_t>(r),
-                                                static_cast<std::uint8_t>(g),
-                                                static_cast<std::uint8_t>(b)});
+        const Image image =
+            pixel(Format::RGB, {static_cast<std::uint8_t>(r), static_cast<std::uint8_t>(g),
+                                static_cast<std::uint8_t>(b)});
         image->AssignColorProfile(wide().Get(), 0);
         ASSERT_EQ(image->ApplyColorProfile(nullptr, 0), S_OK);
         for (int c = 0; c < 3; ++c)  // the tool computes in floating point and does not clip

@@ -117,7 +117,8 @@ TEST_P(DamagedFiles, flipped_bytes_never_hurt) {
         const auto flips = 1 + random() % 6;
         for (unsigned i = 0; i < flips; ++i) {
             // Headers are where the harm is done.
-            const std::size_t range = random() % 2 ? damaged.size() : std::min<std::size_t>(damaged.size(), 200);
+            const std::size_t range =
+                random() % 2 ? damaged.size() : std::min<std::size_t>(damaged.size(), 200);
             damaged[random() % range] = static_cast<char>(random());
         }
         const Image image = load(damaged);
@@ -126,8 +127,9 @@ TEST_P(DamagedFiles, flipped_bytes_never_hurt) {
     EXPECT_LT(rb::test::peakAddressSpace() - before, justified);
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, DamagedFiles, testing::ValuesIn(kRecipes), [](const auto& recipe) {
-    std::string name = recipe.param.name;
-    std::replace(name.begin(), name.end(), '.', '_');
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(Formats, DamagedFiles, testing::ValuesIn(kRecipes),
+                         [](const auto& recipe) {
+                             std::string name = recipe.param.name;
+                             std::replace(name.begin(), name.end(), '.', '_');
+                             return name;
+                         });

@@ -51,7 +51,8 @@ public:
             const std::size_t size = type == Imf::HALF ? 2 : 4;
             for (int y = window.min.y; y <= window.max.y; ++y)
                 for (int x = window.min.x; x <= window.max.x; ++x)
-                    append(data, type, valueAt(static_cast<int>(i), x - window.min.x, y - window.min.y));
+                    append(data, type,
+                           valueAt(static_cast<int>(i), x - window.min.x, y - window.min.y));
             m_buffer.insert(name, Imf::Slice::Make(type, data.data(), window, size,
                                                    size * static_cast<std::size_t>(width)));
         }
@@ -109,7 +110,8 @@ std::vector<float> floats(const std::string& path, Format format) {
 std::vector<float> decodedByOiiotool(const TempFolder& folder, const std::string& path, int width,
                                      int height) {
     const std::string plain = folder.file("decoded.tif");
-    runProgram("oiiotool " + shellWord(path) + " -d float --compression none -o " + shellWord(plain));
+    runProgram("oiiotool " + shellWord(path) + " -d float --compression none -o " +
+               shellWord(plain));
     return floatsOf(loadFile(plain), width, height, Format::RGB_f);
 }
 
@@ -163,26 +165,36 @@ TEST(ExrReader, chooses_channels_among_others) {
     EXPECT_EQ(halves(written(folder, {{"Z", FLOAT}, {"R", HALF}, {"G", HALF}, {"B", HALF}}),
                      Format::RGB_f16),
               expected({1, 2, 3}));
-    EXPECT_EQ(halves(written(folder, {{"b.R", HALF}, {"b.G", HALF}, {"b.B", HALF}, {"a.b.R", HALF},
-                                      {"a.b.G", HALF}, {"a.b.B", HALF}, {"a.b.A", HALF}, {"A", HALF}}),
+    EXPECT_EQ(halves(written(folder, {{"b.R", HALF},
+                                      {"b.G", HALF},
+                                      {"b.B", HALF},
+                                      {"a.b.R", HALF},
+                                      {"a.b.G", HALF},
+                                      {"a.b.B", HALF},
+                                      {"a.b.A", HALF},
+                                      {"A", HALF}}),
                      Format::RGBA_f16),
               expected({3, 4, 5, 6}));
-    EXPECT_EQ(halves(written(folder, {{"layer.R", HALF}, {"Y", HALF}}), Format::L_f16), expected({1}));
+    EXPECT_EQ(halves(written(folder, {{"layer.R", HALF}, {"Y", HALF}}), Format::L_f16),
+              expected({1}));
     EXPECT_EQ(halves(written(folder, {{"r", HALF}, {"g", HALF}, {"b", HALF}}), Format::RGB_f16),
               expected({0, 1, 2}));
     EXPECT_EQ(halves(written(folder, {{"R", HALF}, {"G", HALF}}), Format::RGB_f16),
               expected({0, 1, -1}));
     EXPECT_EQ(refusalOf(contentOf(written(folder, {{"U", HALF}, {"V", HALF}, {"velocity", HALF}}))),
-              ": expected channels R, G and B, a channel Y, or one channel, found \"U\", \"V\", \"velocity\"");
+              ": expected channels R, G and B, a channel Y, or one channel, found \"U\", \"V\", "
+              "\"velocity\"");
 }
 
 TEST(ExrReader, delivers_the_data_window_wherever_it_is) {
     const TempFolder folder;
-    for (const Imath::V2i& corner : {Imath::V2i(-3, -2), Imath::V2i(1000, 5), Imath::V2i(-1000, 70000)}) {
+    for (const Imath::V2i& corner :
+         {Imath::V2i(-3, -2), Imath::V2i(1000, 5), Imath::V2i(-1000, 70000)}) {
         const Imath::Box2i window(corner, corner + Imath::V2i(kWidth - 1, kHeight - 1));
-        EXPECT_EQ(halves(written(folder, {{"R", Imf::HALF}, {"G", Imf::HALF}, {"B", Imf::HALF}}, window),
-                         Format::RGB_f16),
-                  expected({0, 1, 2}));
+        EXPECT_EQ(
+            halves(written(folder, {{"R", Imf::HALF}, {"G", Imf::HALF}, {"B", Imf::HALF}}, window),
+                   Format::RGB_f16),
+            expected({0, 1, 2}));
     }
 }
 
@@ -215,11 +227,13 @@ TEST(ExrReader, converts_luminance_and_chroma) {
     for (const bool alpha : {false, true}) {
         const std::vector<Imf::Rgba> pixels(kSide * kSide, Imf::Rgba(0.5F, 0.25F, 2.0F, 0.75F));
         {
-            Imf::RgbaOutputFile file(path.c_str(), kSide, kSide, alpha ? Imf::WRITE_YCA : Imf::WRITE_YC);
+            Imf::RgbaOutputFile file(path.c_str(), kSide, kSide,
+                                     alpha ? Imf::WRITE_YCA : Imf::WRITE_YC);
             file.setFrameBuffer(pixels.data(), 1, kSide);
             file.writePixels(kSide);
         }
-        const auto found = halvesOf(loadFile(path), kSide, kSide, alpha ? Format::RGBA_f16 : Format::RGB_f16);
+        const auto found =
+            halvesOf(loadFile(path), kSide, kSide, alpha ? Format::RGBA_f16 : Format::RGB_f16);
         const std::size_t channels = alpha ? 4 : 3;
         ASSERT_EQ(found.size(), kSide * kSide * channels);
         const double expectedColor[] = {0.5, 0.25, 2, 0.75};
@@ -232,8 +246,8 @@ TEST(ExrReader, converts_luminance_and_chroma) {
 TEST(ExrReader, takes_the_first_part_with_a_picture) {
     const TempFolder folder;
     const std::string path = folder.file("parts.exr");
-    const Channels useless{{"U", Imf::HALF}, {"V", Imf::HALF}}, colour{{"B", Imf::FLOAT}, {"G", Imf::FLOAT}, {"R", Imf::FLOAT}},
-        grey{{"Y", Imf::HALF}};
+    const Channels useless{{"U", Imf::HALF}, {"V", Imf::HALF}},
+        colour{{"B", Imf::FLOAT}, {"G", Imf::FLOAT}, {"R", Imf::FLOAT}}, grey{{"Y", Imf::HALF}};
     std::vector<Imf::Header> headers;
     for (const Channels& channels : {useless, colour, grey}) {
         headers.push_back(headerFor(channels, kOrigin()));
@@ -241,7 +255,8 @@ TEST(ExrReader, takes_the_first_part_with_a_picture) {
         headers.back().setType(Imf::SCANLINEIMAGE);
     }
     {
-        Imf::MultiPartOutputFile file(path.c_str(), headers.data(), static_cast<int>(headers.size()));
+        Imf::MultiPartOutputFile file(path.c_str(), headers.data(),
+                                      static_cast<int>(headers.size()));
         int index = 0;
         for (const Channels& channels : {useless, colour, grey}) {
             const Samples samples(channels, kOrigin());
@@ -279,12 +294,14 @@ TEST(ExrReader, refuses_subsampled_colours) {
     const TempFolder folder;
     const std::string path = folder.file("subsampled.exr");
     Imf::Header header(4, 4);
-    for (const char* name : {"R", "G", "B"}) header.channels().insert(name, Imf::Channel(Imf::HALF, 2, 2));
+    for (const char* name : {"R", "G", "B"})
+        header.channels().insert(name, Imf::Channel(Imf::HALF, 2, 2));
     {
         std::vector<half> values(4);
         Imf::FrameBuffer buffer;
         for (const char* name : {"R", "G", "B"})
-            buffer.insert(name, Imf::Slice(Imf::HALF, reinterpret_cast<char*>(values.data()), 2, 4, 2, 2));
+            buffer.insert(
+                name, Imf::Slice(Imf::HALF, reinterpret_cast<char*>(values.data()), 2, 4, 2, 2));
         Imf::OutputFile file(path.c_str(), header);
         file.setFrameBuffer(buffer);
         file.writePixels(4);
@@ -326,7 +343,8 @@ TEST(ExrReader, decodes_what_another_program_compresses) {
     const TempFolder folder;
     constexpr int kW = 131, kH = 77;
     const std::string png = folder.file("in.png"), path = folder.file("a.exr");
-    runProgram("convert " + shellWord(writePortableMap(folder, "in.ppm", gradients(kW, kH, 3, 16))) + " " +
+    runProgram("convert " +
+               shellWord(writePortableMap(folder, "in.ppm", gradients(kW, kH, 3, 16))) + " " +
                shellWord(png));
     const auto compare = [&](const std::string& compression, const std::string& more) {
         runProgram("oiiotool " + shellWord(png) + " " + more + " --compression " + compression +
@@ -378,9 +396,12 @@ TEST(ExrReader, declared_sizes_are_compared_with_the_file) {
         littleEndian(0) + littleEndian(0) + littleEndian(kWidth - 1) + littleEndian(kHeight - 1);
     const std::size_t dataWindow = file.find(window, file.find("dataWindow"));
     ASSERT_NE(dataWindow, std::string::npos);
-    for (const auto& [right, bottom] :
-         {std::pair{65534U, 65534U}, {0x3FFFFFFFU, 4U}, {6U, 0x3FFFFFFFU}, {0x7FFFFFFFU, 0x7FFFFFFFU},
-          {6U, 0xFFFFFFF0U}, {20000U, 10000U}}) {
+    for (const auto& [right, bottom] : {std::pair{65534U, 65534U},
+                                        {0x3FFFFFFFU, 4U},
+                                        {6U, 0x3FFFFFFFU},
+                                        {0x7FFFFFFFU, 0x7FFFFFFFU},
+                                        {6U, 0xFFFFFFF0U},
+                                        {20000U, 10000U}}) {
         std::string changed = file;
         changed.replace(dataWindow + 8, 8, littleEndian(right) + littleEndian(bottom));
         const long long before = peakAddressSpace();
@@ -404,7 +425,8 @@ TEST(ExrReader, attributes_larger_than_the_file_are_refused_without_their_memory
     }
     const std::string file = contentOf(path);
     ASSERT_EQ(refusalOf(file), "");
-    for (const std::string& mark : {std::string("comments\0string\0", 16), littleEndian(4) + "efgh"}) {
+    for (const std::string& mark :
+         {std::string("comments\0string\0", 16), littleEndian(4) + "efgh"}) {
         std::string changed = file;
         const std::size_t at = file.find(mark);
         ASSERT_NE(at, std::string::npos);

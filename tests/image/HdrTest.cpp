@@ -54,7 +54,8 @@ TEST(HdrReader, decodes_what_other_programs_write) {
         command.replace(command.find("OUT"), 3, shellWord(out));
         runProgram(command);
         // The same program's own reading, by way of a plain file of floats.
-        runProgram("oiiotool " + shellWord(out) + " -d float --compression none -o " + shellWord(plain));
+        runProgram("oiiotool " + shellWord(out) + " -d float --compression none -o " +
+                   shellWord(plain));
         const auto found = floatsOf(loadFile(out), kWidth, kHeight, Format::RGB_f);
         ASSERT_FALSE(found.empty());
         EXPECT_TRUE(found == floatsOf(loadFile(plain), kWidth, kHeight, Format::RGB_f)) << program;
@@ -63,21 +64,21 @@ TEST(HdrReader, decodes_what_other_programs_write) {
 }
 
 TEST(HdrReader, reads_plain_pixels) {
-    const std::string file = picture(
-        "-Y 2 +X 3", bytes({10, 20, 30, 129, 255, 128, 1, 136, 0, 0, 0, 0,  //
-                            9, 9, 9, 0, 1, 2, 3, 1, 128, 64, 255, 255}));
+    const std::string file =
+        picture("-Y 2 +X 3", bytes({10, 20, 30, 129, 255, 128, 1, 136, 0,   0,  0,   0,  //
+                                    9,  9,  9,  0,   1,   2,   3, 1,   128, 64, 255, 255}));
     EXPECT_EQ(floatsOf(loadBytes(file), 3, 2, Format::RGB_f),
-              (std::vector<float>{value(10, 129), value(20, 129), value(30, 129), 255, 128, 1, 0, 0, 0,
-                                  0, 0, 0, value(1, 1), value(2, 1), value(3, 1), value(128, 255),
-                                  value(64, 255), value(255, 255)}));
+              (std::vector<float>{value(10, 129), value(20, 129), value(30, 129), 255, 128, 1, 0, 0,
+                                  0, 0, 0, 0, value(1, 1), value(2, 1), value(3, 1),
+                                  value(128, 255), value(64, 255), value(255, 255)}));
 }
 
 TEST(HdrReader, reads_repeated_pixels) {
     // Six times 1: once, and 5 repetitions; 300 times 2: once, and 43 + 1 * 256 repetitions.
-    for (const auto& [width, repeats] : {std::pair{6, Bytes{1, 1, 1, 5}},
-                                         std::pair{300, Bytes{1, 1, 1, 43, 1, 1, 1, 1}}}) {
-        const std::string file = picture("-Y 1 +X " + std::to_string(width),
-                                         bytes({128, 64, 32, 129}) + bytes(repeats));
+    for (const auto& [width, repeats] :
+         {std::pair{6, Bytes{1, 1, 1, 5}}, std::pair{300, Bytes{1, 1, 1, 43, 1, 1, 1, 1}}}) {
+        const std::string file =
+            picture("-Y 1 +X " + std::to_string(width), bytes({128, 64, 32, 129}) + bytes(repeats));
         std::vector<float> expected;
         for (int i = 0; i < width; ++i) expected.insert(expected.end(), {1, 0.5F, 0.25F});
         EXPECT_EQ(floatsOf(loadBytes(file), width, 1, Format::RGB_f), expected);
@@ -86,10 +87,10 @@ TEST(HdrReader, reads_repeated_pixels) {
 
 TEST(HdrReader, reads_components_in_runs) {
     std::string scanline = bytes({2, 2, 0, 10});
-    scanline += bytes({138, 128});                                // ten times
-    scanline += bytes({3, 1, 2, 3, 130, 7, 5, 4, 5, 6, 7, 8});    // three, twice, five
-    scanline += bytes({10, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9});        // ten
-    scanline += bytes({129, 129, 137, 130});                      // once, nine times
+    scanline += bytes({138, 128});                              // ten times
+    scanline += bytes({3, 1, 2, 3, 130, 7, 5, 4, 5, 6, 7, 8});  // three, twice, five
+    scanline += bytes({10, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9});      // ten
+    scanline += bytes({129, 129, 137, 130});                    // once, nine times
     const auto found = floatsOf(loadBytes(picture("-Y 1 +X 10", scanline)), 10, 1, Format::RGB_f);
     const int green[] = {1, 2, 3, 7, 7, 4, 5, 6, 7, 8};
     std::vector<float> expected;
@@ -102,7 +103,8 @@ TEST(HdrReader, scanlines_may_differ_in_their_coding) {
     const std::string plain(8 * 4, '\x02');  // begins with 2 2, but a length would be 514
     std::string other;
     for (int i = 0; i < 8; ++i) other += bytes({3, 4, 5, 129});
-    const auto found = floatsOf(loadBytes(picture("-Y 2 +X 8", other + evenScanline(8))), 8, 2, Format::RGB_f);
+    const auto found =
+        floatsOf(loadBytes(picture("-Y 2 +X 8", other + evenScanline(8))), 8, 2, Format::RGB_f);
     ASSERT_EQ(found.size(), 48U);
     EXPECT_EQ(found[0], value(3, 129));
     EXPECT_EQ(found[24], value(1, 31));
@@ -152,8 +154,8 @@ TEST(HdrReader, leaves_exposure_and_correction_alone) {
 TEST(HdrReader, converts_xyz_to_rgb) {
     // Equal energy, and Radiance's red primary (x 0.64, y 0.33) of luminance 0.265, which is its
     // share of white.
-    const std::string file =
-        picture("-Y 1 +X 2", bytes({128, 128, 128, 129, 132, 68, 6, 128}), "FORMAT=32-bit_rle_xyze\n");
+    const std::string file = picture("-Y 1 +X 2", bytes({128, 128, 128, 129, 132, 68, 6, 128}),
+                                     "FORMAT=32-bit_rle_xyze\n");
     const auto found = floatsOf(loadBytes(file), 2, 1, Format::RGB_f);
     ASSERT_EQ(found.size(), 6U);
     const double expected[] = {1, 1, 1, 1, 0, 0};
@@ -185,36 +187,43 @@ TEST(HdrReader, broken_headers_are_refused) {
           "-Y 99999999999999999999 +X 1"})
         EXPECT_NE(refusalOf(picture(resolution, pixel)).find("resolution"), std::string::npos)
             << resolution;
-    EXPECT_NE(refusalOf(picture("-Y 1 +X 1", pixel, "FORMAT=32-bit_rle_cmyk\n")).find("32-bit_rle_cmyk"),
-              std::string::npos);
+    EXPECT_NE(
+        refusalOf(picture("-Y 1 +X 1", pixel, "FORMAT=32-bit_rle_cmyk\n")).find("32-bit_rle_cmyk"),
+        std::string::npos);
     EXPECT_NE(refusalOf("#?RADIANCE\n" + std::string(200000, 'x')), "");
     EXPECT_NE(refusalOf(picture("-Y \x1B[2J", pixel)).find("\"-Y ?[2J\""), std::string::npos);
     EXPECT_NE(refusalOf(picture("-Y 1 +X 1", pixel, "FORMAT=\n")).find("found \"\""),
               std::string::npos);
     std::string lines = "#?RADIANCE\n";
     for (int i = 0; i < 20000; ++i) lines += "A=1\n";
-    EXPECT_NE(refusalOf(lines + "\n-Y 1 +X 1\n" + pixel).find("ever more lines"), std::string::npos);
+    EXPECT_NE(refusalOf(lines + "\n-Y 1 +X 1\n" + pixel).find("ever more lines"),
+              std::string::npos);
 }
 
 TEST(HdrReader, broken_scanlines_are_refused) {
     const auto reason = [](const std::string& scanline, int width = 8) {
-        return refusalOf(picture("-Y 1 +X " + std::to_string(width), scanline + std::string(64, '\0')));
+        return refusalOf(
+            picture("-Y 1 +X " + std::to_string(width), scanline + std::string(64, '\0')));
     };
     EXPECT_NE(reason(bytes({2, 2, 0, 9})).find("8 pixels, found 9"), std::string::npos);
-    EXPECT_NE(reason(bytes({2, 2, 0, 8, 0})).find("a run of 1 to 8 bytes, found 0"), std::string::npos);
+    EXPECT_NE(reason(bytes({2, 2, 0, 8, 0})).find("a run of 1 to 8 bytes, found 0"),
+              std::string::npos);
     EXPECT_NE(reason(bytes({2, 2, 0, 8, 137, 1})).find("found 9"), std::string::npos);
     EXPECT_NE(reason(bytes({2, 2, 0, 8, 132, 1, 5, 1, 2, 3, 4, 5})).find("1 to 4 bytes, found 5"),
               std::string::npos);
     EXPECT_NE(reason(bytes({1, 1, 1, 3})).find("repetition"), std::string::npos);
-    EXPECT_NE(reason(bytes({9, 9, 9, 9, 1, 1, 1, 8})).find("1 to 7 pixels, found 8"), std::string::npos);
-    // A fifth repetition in a row would shift its count out of everything.
-    EXPECT_NE(reason(bytes({9, 9, 9, 9, 1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 1}))
-                  .find("repetition"),
+    EXPECT_NE(reason(bytes({9, 9, 9, 9, 1, 1, 1, 8})).find("1 to 7 pixels, found 8"),
               std::string::npos);
+    // A fifth repetition in a row would shift its count out of everything.
+    EXPECT_NE(
+        reason(bytes({9, 9, 9, 9, 1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 1}))
+            .find("repetition"),
+        std::string::npos);
 }
 
 TEST(HdrReader, cut_short_anywhere_is_refused) {
-    const std::string file = picture("-Y 3 +X 40", evenScanline(40) + evenScanline(40) + evenScanline(40));
+    const std::string file =
+        picture("-Y 3 +X 40", evenScanline(40) + evenScanline(40) + evenScanline(40));
     ASSERT_EQ(refusalOf(file), "");
     for (std::size_t length = 2; length < file.size(); ++length)
         EXPECT_NE(refusalOf(file.substr(0, length)), "") << length;

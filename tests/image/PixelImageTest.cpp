@@ -18,10 +18,10 @@ using Format = KVRPixelImageFormat;
 using Image = KVRVar<KVRPixelImage>;
 
 constexpr Format kFormats[] = {
-    Format::L,       Format::LA,       Format::RGB,     Format::RGBA,    Format::Bilevel,
-    Format::BGR,     Format::BGRA,     Format::ARGB,    Format::ABGR,    Format::RGB_f,
-    Format::RGBA_f,  Format::RGB_16,   Format::RGBA_16, Format::L_f,     Format::L_f16,
-    Format::L_16,    Format::RGB_f16,  Format::BGR_f16, Format::RGBA_f16, Format::BGRA_f16};
+    Format::L,      Format::LA,      Format::RGB,     Format::RGBA,     Format::Bilevel,
+    Format::BGR,    Format::BGRA,    Format::ARGB,    Format::ABGR,     Format::RGB_f,
+    Format::RGBA_f, Format::RGB_16,  Format::RGBA_16, Format::L_f,      Format::L_f16,
+    Format::L_16,   Format::RGB_f16, Format::BGR_f16, Format::RGBA_f16, Format::BGRA_f16};
 
 Image made(int width, int height, Format format) {
     return Image::Adopt(new KVRPixelImage(width, height, format));
@@ -36,7 +36,8 @@ Image bytes(int width, int height, Format format, const std::vector<std::uint8_t
 
 std::vector<int> bytesOf(const Image& image) {
     std::vector<int> values;
-    for (const std::byte value : image->GetRawPixels()) values.push_back(std::to_integer<int>(value));
+    for (const std::byte value : image->GetRawPixels())
+        values.push_back(std::to_integer<int>(value));
     return values;
 }
 
@@ -141,9 +142,8 @@ TEST(KVRPixelImage, a_half_buffer_counts_all_channels) {
 
 TEST(KVRPixelImage, adopts_bytes_and_floats_and_views_without_freeing) {
     // An adopted block is freed by the image: the address sanitizer shows a leak or a double free.
-    const Image adopted = Image::Adopt(
-        new KVRPixelImage(2, 1, Format::RGB, new unsigned char[6]{1, 2, 3, 4, 5, 6},
-                          KVRPixelDealloc::Adopted));
+    const Image adopted = Image::Adopt(new KVRPixelImage(
+        2, 1, Format::RGB, new unsigned char[6]{1, 2, 3, 4, 5, 6}, KVRPixelDealloc::Adopted));
     EXPECT_EQ(bytesOf(adopted), (std::vector<int>{1, 2, 3, 4, 5, 6}));
     const Image floats = Image::Adopt(
         new KVRPixelImage(1, 1, Format::RGB_f, new float[3]{1, 2, 3}, KVRPixelDealloc::Adopted));
@@ -200,9 +200,12 @@ TEST(KVRPixelImage, pixel_size_follows_the_unit) {
 
 TEST(KVRPixelImage, channel_orders_convert_into_each_other) {
     const Image rgba = bytes(2, 1, Format::RGBA, {1, 2, 3, 4, 50, 60, 70, 80});
-    EXPECT_EQ(bytesOf(converted(rgba, Format::BGRA)), (std::vector<int>{3, 2, 1, 4, 70, 60, 50, 80}));
-    EXPECT_EQ(bytesOf(converted(rgba, Format::ARGB)), (std::vector<int>{4, 1, 2, 3, 80, 50, 60, 70}));
-    EXPECT_EQ(bytesOf(converted(rgba, Format::ABGR)), (std::vector<int>{4, 3, 2, 1, 80, 70, 60, 50}));
+    EXPECT_EQ(bytesOf(converted(rgba, Format::BGRA)),
+              (std::vector<int>{3, 2, 1, 4, 70, 60, 50, 80}));
+    EXPECT_EQ(bytesOf(converted(rgba, Format::ARGB)),
+              (std::vector<int>{4, 1, 2, 3, 80, 50, 60, 70}));
+    EXPECT_EQ(bytesOf(converted(rgba, Format::ABGR)),
+              (std::vector<int>{4, 3, 2, 1, 80, 70, 60, 50}));
     EXPECT_EQ(bytesOf(converted(rgba, Format::RGB)), (std::vector<int>{1, 2, 3, 50, 60, 70}));
     EXPECT_EQ(bytesOf(converted(rgba, Format::BGR)), (std::vector<int>{3, 2, 1, 70, 60, 50}));
     for (const Format format : {Format::BGRA, Format::ARGB, Format::ABGR})
@@ -235,7 +238,11 @@ TEST(KVRPixelImage, bilevel_becomes_black_and_white) {
 
 TEST(KVRPixelImage, floats_become_bytes_clamped_and_rounded_with_nan_as_black) {
     const Image image = made(7, 1, Format::L_f);
-    const float values[] = {-1.0f, 0.5f, 1.0f, 2.0f, std::nanf(""),
+    const float values[] = {-1.0f,
+                            0.5f,
+                            1.0f,
+                            2.0f,
+                            std::nanf(""),
                             std::numeric_limits<float>::infinity(),
                             -std::numeric_limits<float>::infinity()};
     std::copy(std::begin(values), std::end(values), image->GetFloatingPixelsToModify());
@@ -245,9 +252,11 @@ TEST(KVRPixelImage, floats_become_bytes_clamped_and_rounded_with_nan_as_black) {
 
 TEST(KVRPixelImage, every_byte_survives_float_half_and_sixteen_bits) {
     std::vector<std::uint8_t> ramp(256 * 4);
-    for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<std::uint8_t>(i * 37 + i / 256);
+    for (std::size_t i = 0; i < ramp.size(); ++i)
+        ramp[i] = static_cast<std::uint8_t>(i * 37 + i / 256);
     const Image image = bytes(16, 16, Format::RGBA, ramp);
-    for (const Format format : {Format::RGBA_f, Format::RGBA_16, Format::RGBA_f16, Format::BGRA_f16})
+    for (const Format format :
+         {Format::RGBA_f, Format::RGBA_16, Format::RGBA_f16, Format::BGRA_f16})
         EXPECT_EQ(bytesOf(converted(converted(image, format), Format::RGBA)), bytesOf(image))
             << rb::imaging::layoutOf(format).name;
 }
@@ -268,7 +277,8 @@ TEST(KVRPixelImage, a_block_border_inside_the_rows_changes_nothing) {
     const Image result = converted(image, Format::BGR);
     for (int i = 0; i < 3000; ++i)
         for (int c = 0; c < 3; ++c)
-            ASSERT_EQ(result->GetPixelsToRead()[3 * i + c], image->GetPixelsToRead()[3 * i + 2 - c]);
+            ASSERT_EQ(result->GetPixelsToRead()[3 * i + c],
+                      image->GetPixelsToRead()[3 * i + 2 - c]);
 }
 
 TEST(KVRPixelImage, every_pair_of_formats_converts_and_keeps_white_white) {
@@ -318,9 +328,8 @@ TEST(KVRPixelImage, streams_round_trip) {
 }
 
 TEST(KVRPixelImage, a_broken_stream_leaves_the_image) {
-    for (const std::string& content :
-         {std::string(), std::string(5, '\1'), std::string(12, '\x7F'),
-          std::string("\1\0\0\0\1\0\0\0\2\0\0\0ab", 14)}) {
+    for (const std::string& content : {std::string(), std::string(5, '\1'), std::string(12, '\x7F'),
+                                       std::string("\1\0\0\0\1\0\0\0\2\0\0\0ab", 14)}) {
         MemoryStream stream;
         stream.m_bytes = content;
         const Image image = bytes(1, 1, Format::L, {7});
@@ -338,7 +347,10 @@ TEST(KVRPixelImage, insert_copies_clips_and_converts) {
     EXPECT_EQ(target->InsertPixelImage(white.Get(), -1, 1), S_OK);  // only its upper right pixel
     EXPECT_EQ(target->GetPixelsToRead()[9], 20);
     const std::vector<int> before = bytesOf(target);
-    for (const auto& [x, y] : {std::pair{3, 0}, {0, 2}, {-2, 0}, {0, -2},
+    for (const auto& [x, y] : {std::pair{3, 0},
+                               {0, 2},
+                               {-2, 0},
+                               {0, -2},
                                {std::numeric_limits<int>::max(), 0},
                                {std::numeric_limits<int>::min(), 0}})
         EXPECT_EQ(target->InsertPixelImage(white.Get(), x, y), S_OK);

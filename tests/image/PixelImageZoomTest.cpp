@@ -24,8 +24,7 @@ Image zoomed(const Image& image, int width, int height, int mode) {
 
 Image checkerboard(int side, Format format) {
     std::vector<std::uint8_t> pixels;
-    for (int i = 0; i < side * side; ++i)
-        pixels.push_back((i + i / side) % 2 ? 255 : 0);
+    for (int i = 0; i < side * side; ++i) pixels.push_back((i + i / side) % 2 ? 255 : 0);
     const Image image = grey(side, side, pixels);
     EXPECT_EQ(image->ChangeFormat(format), S_OK);
     return image;
@@ -64,15 +63,16 @@ TEST(KVRPixelImageZoom, bilinear_takes_the_mean_between_pixels) {
 }
 
 TEST(KVRPixelImageZoom, a_halved_checkerboard_of_single_pixels_is_mid_grey) {
-    for (const Format format : {Format::L, Format::RGB, Format::RGBA, Format::RGB_16, Format::RGBA_f,
-                                Format::RGB_f16}) {
+    for (const Format format :
+         {Format::L, Format::RGB, Format::RGBA, Format::RGB_16, Format::RGBA_f, Format::RGB_f16}) {
         const Image board = checkerboard(32, format);
         const Image half = zoomed(board, 16, 16, kFiltered);
         ASSERT_TRUE(half);
         EXPECT_EQ(half->GetFormat(), format);
         ASSERT_EQ(half->ChangeFormat(Format::L), S_OK);
         for (int y = 2; y < 14; ++y)
-            for (int x = 2; x < 14; ++x) EXPECT_NEAR(half->GetPixelsToRead()[16 * y + x], 127.5, 1.0);
+            for (int x = 2; x < 14; ++x)
+                EXPECT_NEAR(half->GetPixelsToRead()[16 * y + x], 127.5, 1.0);
     }
 }
 

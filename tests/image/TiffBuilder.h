@@ -16,7 +16,14 @@ namespace rb::test {
 /// Begins as an uncompressed 8-bit grey picture without resolution; fields are set or replaced.
 class TiffBuilder {
 public:
-    enum Type : unsigned { kByte = 1, kText = 2, kShort = 3, kLong = 4, kRational = 5, kUndefined = 7 };
+    enum Type : unsigned {
+        kByte = 1,
+        kText = 2,
+        kShort = 3,
+        kLong = 4,
+        kRational = 5,
+        kUndefined = 7
+    };
 
     TiffBuilder(unsigned width, unsigned height, bool bigEndian = false) : m_big(bigEndian) {
         set(256, kLong, {width}).set(257, kLong, {height}).set(258, kShort, {8});
@@ -26,8 +33,12 @@ public:
     TiffBuilder& set(unsigned tag, Type type, const std::vector<std::uint32_t>& values) {
         std::string bytes;
         for (std::uint32_t value : values)
-            bytes += number(value, type == kShort ? 2 : type == kByte || type == kText || type == kUndefined ? 1 : 4);
-        return raw(tag, type, static_cast<unsigned>(type == kRational ? values.size() / 2 : values.size()), bytes);
+            bytes += number(value, type == kShort                                         ? 2
+                                   : type == kByte || type == kText || type == kUndefined ? 1
+                                                                                          : 4);
+        return raw(tag, type,
+                   static_cast<unsigned>(type == kRational ? values.size() / 2 : values.size()),
+                   bytes);
     }
     TiffBuilder& raw(unsigned tag, Type type, unsigned count, const std::string& bytes) {
         m_fields[tag] = {type, count, bytes};

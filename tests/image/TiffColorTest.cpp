@@ -80,7 +80,8 @@ TiffBuilder inks(unsigned width, unsigned samples, unsigned bits = 8) {
 
 void expectNear(const Values& found, const std::vector<double>& expected, double tolerance) {
     ASSERT_EQ(found.size(), expected.size());
-    for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(found[i], expected[i], tolerance) << i;
+    for (std::size_t i = 0; i < found.size(); ++i)
+        EXPECT_NEAR(found[i], expected[i], tolerance) << i;
 }
 
 }  // namespace
@@ -111,7 +112,8 @@ TEST(TiffColor, inks_in_planes) {
     tiff.set(284, TiffBuilder::kShort, {2}).set(278, TiffBuilder::kLong, {1});
     for (const Values& plane : {Values{255, 0}, Values{0, 255}, Values{0, 0}, Values{0, 51}})
         tiff.block(bytes(plane));
-    EXPECT_EQ(bytesOf(loadBytes(tiff.build()), 2, 1, Format::RGB), (Values{0, 255, 255, 204, 0, 204}));
+    EXPECT_EQ(bytesOf(loadBytes(tiff.build()), 2, 1, Format::RGB),
+              (Values{0, 255, 255, 204, 0, 204}));
 }
 
 TEST(TiffColor, embedded_profile_of_inks_is_used) {
@@ -120,10 +122,10 @@ TEST(TiffColor, embedded_profile_of_inks_is_used) {
     std::array<cmsCIELab, 16> nodes{};
     for (std::size_t i = 0; i < 16; ++i)
         nodes[i] = i & 1 ? cmsCIELab{0, 0, 0} : cmsCIELab{50, 0, 0};
-    nodes[0] = {100, 0, 0};    // paper
+    nodes[0] = {100, 0, 0};     // paper
     nodes[8] = {60, -20, -30};  // cyan
-    nodes[4] = {50, 40, 0};    // magenta
-    nodes[2] = {85, 0, 40};    // yellow
+    nodes[4] = {50, 40, 0};     // magenta
+    nodes[2] = {85, 0, 40};     // yellow
     const std::string profile = inkProfile(nodes);
     std::vector<double> expected;
     for (const cmsCIELab& lab : {nodes[0], nodes[8], nodes[4], nodes[2], nodes[1]})
@@ -132,8 +134,9 @@ TEST(TiffColor, embedded_profile_of_inks_is_used) {
         auto tiff = inks(5, 4, bits);
         tiff.raw(34675, TiffBuilder::kUndefined, static_cast<unsigned>(profile.size()), profile);
         const std::uint64_t full = (1U << bits) - 1;
-        tiff.block(tiff.numbers({0, 0, 0, 0, full, 0, 0, 0, 0, full, 0, 0, 0, 0, full, 0, 0, 0, 0, full},
-                                static_cast<int>(bits / 8)));
+        tiff.block(
+            tiff.numbers({0, 0, 0, 0, full, 0, 0, 0, 0, full, 0, 0, 0, 0, full, 0, 0, 0, 0, full},
+                         static_cast<int>(bits / 8)));
         constexpr double kEngineRounding = 2;
         expectNear(bytesOf(loadBytes(tiff.build()), 5, 1, Format::RGB), expected, kEngineRounding);
     }
@@ -153,8 +156,8 @@ TEST(TiffColor, lab_becomes_srgb) {
     struct Color {
         double l, a, b;
     };
-    constexpr Color kColors[] = {{100, 0, 0}, {0, 0, 0}, {53.59, 0, 0}, {60, 30, 40}, {70, -40, 20},
-                                 {40, 10, -50}};
+    constexpr Color kColors[] = {{100, 0, 0},  {0, 0, 0},     {53.59, 0, 0},
+                                 {60, 30, 40}, {70, -40, 20}, {40, 10, -50}};
     std::vector<double> expected;
     for (const Color& color : kColors)
         for (double value : sRgbOfLab(color.l, color.a, color.b)) expected.push_back(value);
@@ -216,7 +219,9 @@ TEST(TiffColor, log_luminance_becomes_float) {
     // coded, first all high bytes, then all low ones: 130 and a byte are four of it, 4 comes before
     // four different ones.
     TiffBuilder tiff(4, 1);
-    tiff.samples(1, 16, 2).set(259, TiffBuilder::kShort, {34676}).set(262, TiffBuilder::kShort, {32844});
+    tiff.samples(1, 16, 2)
+        .set(259, TiffBuilder::kShort, {34676})
+        .set(262, TiffBuilder::kShort, {32844});
     tiff.block(bytes({4, 0x40, 0x41, 0x3F, 0xC0, 130, 0x00}));
     const auto found = floatsOf(loadBytes(tiff.build()), 4, 1, Format::L_f);
     ASSERT_EQ(found.size(), 4U);
@@ -230,7 +235,9 @@ TEST(TiffColor, log_colours_become_rgb) {
     // 32 bits: log luminance as above, then u' and v' in 410ths: (u', v') of equal energy is
     // (4/19, 9/19), which is 86.3 and 194.2 of them.
     TiffBuilder tiff(1, 1);
-    tiff.samples(3, 16, 2).set(259, TiffBuilder::kShort, {34676}).set(262, TiffBuilder::kShort, {32845});
+    tiff.samples(3, 16, 2)
+        .set(259, TiffBuilder::kShort, {34676})
+        .set(262, TiffBuilder::kShort, {32845});
     tiff.block(bytes({1, 0x42, 1, 0x00, 1, 86, 1, 194}));
     const auto found = floatsOf(loadBytes(tiff.build()), 1, 1, Format::RGB_f);
     ASSERT_EQ(found.size(), 3U);

@@ -1,5 +1,5 @@
-// TIFF files that are wrong: each is refused with its reason, before anything large is allocated, and
-// the codec library prints nothing.
+// TIFF files that are wrong: each is refused with its reason, before anything large is allocated,
+// and the codec library prints nothing.
 
 #include <gtest/gtest.h>
 
@@ -42,10 +42,26 @@ const Change kChanges[] = {
     {"larger_than_file", [](auto& t) { t.set(256, kLong, {5000}); }, "at least 20000 bytes"},
     {"no_rows_in_strip", [](auto& t) { t.set(278, kLong, {0}); }, ""},
     {"too_few_strips", [](auto& t) { t.set(278, kLong, {1}); }, ""},
-    {"strip_behind_the_end", [](auto& t) { t.set(273, kLong, {8, 100000}); }, "strip 1"},
-    {"strip_over_the_end", [](auto& t) { t.set(279, kLong, {8, 100000}); }, "strip 1"},
-    {"short_strip", [](auto& t) { t.set(279, kLong, {8, 7}); }, "strip 1: expected at least 8"},
-    {"empty_strip", [](auto& t) { t.set(279, kLong, {0, 8}); }, "strip 0"},
+    {"strip_behind_the_end",
+     [](auto& t) {
+         t.set(273, kLong, {8, 100000});
+     },
+     "strip 1"},
+    {"strip_over_the_end",
+     [](auto& t) {
+         t.set(279, kLong, {8, 100000});
+     },
+     "strip 1"},
+    {"short_strip",
+     [](auto& t) {
+         t.set(279, kLong, {8, 7});
+     },
+     "strip 1: expected at least 8"},
+    {"empty_strip",
+     [](auto& t) {
+         t.set(279, kLong, {0, 8});
+     },
+     "strip 0"},
     {"no_bits", [](auto& t) { t.set(258, kShort, {0}); }, ""},
     {"many_bits", [](auto& t) { t.set(258, kShort, {65535}); }, ""},
     {"odd_float", [](auto& t) { t.samples(1, 8, 3); }, "16, 24, 32 or 64"},
@@ -54,23 +70,33 @@ const Change kChanges[] = {
     {"unknown_colours", [](auto& t) { t.set(262, kShort, {32803}); }, "interpretation 32803"},
     {"colours_without_samples", [](auto& t) { t.set(262, kShort, {2}); }, "sample for each colour"},
     {"six_inks",
-     [](auto& t) { t.samples(6, 8).set(262, kShort, {5}).set(332, kShort, {2}).set(334, kShort, {6}); },
+     [](auto& t) {
+         t.samples(6, 8).set(262, kShort, {5}).set(332, kShort, {2}).set(334, kShort, {6});
+     },
      "four inks"},
     {"float_inks", [](auto& t) { t.samples(4, 32, 3).set(262, kShort, {5}); }, "integer samples"},
-    {"lab_of_12_bits", [](auto& t) { t.set(257, kLong, {2}).set(256, kLong, {1}).samples(3, 12).set(262, kShort, {8}); },
+    {"lab_of_12_bits",
+     [](auto& t) {
+         t.set(257, kLong, {2}).set(256, kLong, {1}).samples(3, 12).set(262, kShort, {8});
+     },
      "8 or 16 bits"},
     {"many_samples", [](auto& t) { t.samples(33, 8); }, "32 samples"},
     {"more_samples_than_file", [](auto& t) { t.set(277, kShort, {65535}); }, ""},
-    {"log_colours_without_their_compression", [](auto& t) { t.set(262, kShort, {32844}); }, "SGI log"},
+    {"log_colours_without_their_compression", [](auto& t) { t.set(262, kShort, {32844}); },
+     "SGI log"},
     {"deflate_of_nothing", [](auto& t) { t.set(259, kShort, {8}); }, "strip 0"},
     {"lzw_of_nothing", [](auto& t) { t.set(259, kShort, {5}); }, "strip 0"},
     {"jpeg_of_nothing", [](auto& t) { t.set(259, kShort, {7}); }, "strip 0"},
     {"zstd_of_nothing", [](auto& t) { t.set(259, kShort, {50000}); }, "strip 0"},
     {"lzma_of_nothing", [](auto& t) { t.set(259, kShort, {34925}); }, "strip 0"},
     {"packbits_cut_short", [](auto& t) { t.set(259, kShort, {32773}); }, "strip"},
-    {"old_jpeg_of_nothing", [](auto& t) { t.samples(3, 8).set(259, kShort, {6}).set(262, kShort, {6}); }, ""},
+    {"old_jpeg_of_nothing",
+     [](auto& t) { t.samples(3, 8).set(259, kShort, {6}).set(262, kShort, {6}); }, ""},
     {"chroma_cut_short",
-     [](auto& t) { t.samples(3, 8).set(262, kShort, {6}).set(530, kShort, {1, 1}); }, ""},
+     [](auto& t) {
+         t.samples(3, 8).set(262, kShort, {6}).set(530, kShort, {1, 1});
+     },
+     ""},
 };
 
 }  // namespace
@@ -93,8 +119,11 @@ INSTANTIATE_TEST_SUITE_P(Changes, TiffDamage, testing::ValuesIn(kChanges),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST(TiffDamage, tiles_much_larger_than_the_picture_are_refused) {
-    for (const auto& [width, height] : {std::pair{1U << 30, 16U}, {16U, 1U << 30}, {1U << 20, 1U << 20},
-                                        {0U, 16U}, {32768U, 32768U}}) {
+    for (const auto& [width, height] : {std::pair{1U << 30, 16U},
+                                        {16U, 1U << 30},
+                                        {1U << 20, 1U << 20},
+                                        {0U, 16U},
+                                        {32768U, 32768U}}) {
         TiffBuilder tiff(4, 4);
         tiff.tiles(width, height).set(259, kShort, {8}).block(std::string(4000, 'x'));
         EXPECT_NE(refusalOf(tiff.build()), "") << width << " x " << height;

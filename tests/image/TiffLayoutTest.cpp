@@ -78,7 +78,8 @@ TEST(TiffLayout, scales_whole_numbers_of_any_size) {
             const std::uint64_t most = (std::uint64_t{1} << 8 * size) - 1;
             tiff.samples(1, static_cast<unsigned>(8 * size));
             tiff.block(tiff.numbers({0, most / 255, most / 3, most - most / 255, most}, size));
-            EXPECT_EQ(bytesOf(loadBytes(tiff.build()), 5, 1, Format::L), (Values{0, 1, 85, 254, 255}))
+            EXPECT_EQ(bytesOf(loadBytes(tiff.build()), 5, 1, Format::L),
+                      (Values{0, 1, 85, 254, 255}))
                 << size;
         }
 }
@@ -95,10 +96,11 @@ TEST(TiffLayout, signed_samples_count_from_zero) {
         const std::int64_t most = (std::int64_t{1} << (8 * size - 1)) - 1;
         TiffBuilder tiff(4, 1);
         tiff.samples(1, static_cast<unsigned>(8 * size), 2);
-        tiff.block(tiff.numbers({static_cast<std::uint64_t>(-most), static_cast<std::uint64_t>(-1), 0,
-                                 static_cast<std::uint64_t>(most)},
+        tiff.block(tiff.numbers({static_cast<std::uint64_t>(-most), static_cast<std::uint64_t>(-1),
+                                 0, static_cast<std::uint64_t>(most)},
                                 size));
-        EXPECT_EQ(bytesOf(loadBytes(tiff.build()), 4, 1, Format::L), (Values{0, 0, 0, 255})) << size;
+        EXPECT_EQ(bytesOf(loadBytes(tiff.build()), 4, 1, Format::L), (Values{0, 0, 0, 255}))
+            << size;
     }
     TiffBuilder half(1, 1);
     // 64 of 127, as other programs round it.
@@ -112,7 +114,8 @@ TEST(TiffLayout, reads_floats_of_16_24_32_and_64_bits) {
         half.samples(1, 16, 3).block(half.numbers({0x3C00, 0xC100, 0x0001}, 2));
         EXPECT_EQ(halvesOf(loadBytes(half.build()), 3, 1, Format::L_f16),
                   (std::vector<float>{1, -2.5F, 0x1p-24F}));
-        // Sign, 7 bits of exponent with bias 63, 16 bits: 1, -2.5, the smallest, the largest, infinity.
+        // Sign, 7 bits of exponent with bias 63, 16 bits: 1, -2.5, the smallest, the largest,
+        // infinity.
         small.samples(1, 24, 3).block(
             small.numbers({0x3F0000, 0xC04000, 0x000001, 0x7EFFFF, 0x7F0000}, 3));
         EXPECT_EQ(floatsOf(loadBytes(small.build()), 5, 1, Format::L_f),
@@ -124,7 +127,8 @@ TEST(TiffLayout, reads_floats_of_16_24_32_and_64_bits) {
                   (std::vector<float>{0.1F, -3e30F, 0}));
         large.samples(1, 64, 3).block(large.numbers(
             {std::bit_cast<std::uint64_t>(0.1), std::bit_cast<std::uint64_t>(1e300),
-             std::bit_cast<std::uint64_t>(-1e300), std::bit_cast<std::uint64_t>(-2.5)}, 8));
+             std::bit_cast<std::uint64_t>(-1e300), std::bit_cast<std::uint64_t>(-2.5)},
+            8));
         EXPECT_EQ(floatsOf(loadBytes(large.build()), 4, 1, Format::L_f),
                   (std::vector<float>{0.1F, std::numeric_limits<float>::infinity(),
                                       -std::numeric_limits<float>::infinity(), -2.5F}));
@@ -159,13 +163,16 @@ TEST(TiffLayout, finds_alpha_among_the_extra_samples) {
     EXPECT_EQ(bytesOf(loadBytes(single.block(bytes({1, 2, 3, 4})).build()), 1, 1, Format::RGBA),
               (Values{1, 2, 3, 4}));
     // Of several, none is.
-    unmarked.samples(6, 8).set(262, TiffBuilder::kShort, {2}).set(338, TiffBuilder::kShort, {0, 0, 0});
-    EXPECT_EQ(bytesOf(loadBytes(unmarked.block(bytes({1, 2, 3, 4, 5, 6})).build()), 1, 1, Format::RGB),
-              (Values{1, 2, 3}));
+    unmarked.samples(6, 8)
+        .set(262, TiffBuilder::kShort, {2})
+        .set(338, TiffBuilder::kShort, {0, 0, 0});
+    EXPECT_EQ(
+        bytesOf(loadBytes(unmarked.block(bytes({1, 2, 3, 4, 5, 6})).build()), 1, 1, Format::RGB),
+        (Values{1, 2, 3}));
     grey.samples(2, 16).set(338, TiffBuilder::kShort, {1});
-    EXPECT_EQ(bytesOf(loadBytes(grey.block(grey.numbers({0x8080, 0x4040}, 2)).build()), 1, 1,
-                      Format::LA),
-              (Values{0x80, 0x40}));
+    EXPECT_EQ(
+        bytesOf(loadBytes(grey.block(grey.numbers({0x8080, 0x4040}, 2)).build()), 1, 1, Format::LA),
+        (Values{0x80, 0x40}));
 }
 
 TEST(TiffLayout, white_is_zero_leaves_alpha_alone) {
@@ -180,8 +187,8 @@ TEST(TiffLayout, white_is_zero_leaves_alpha_alone) {
 }
 
 TEST(TiffLayout, colour_maps_may_have_entries_of_16_or_8_bits) {
-    const std::vector<std::uint32_t> full{0, 65535, 257 * 10, 257 * 20 + 129, 0,     65535,
-                                          0, 0,     257 * 77, 0,              12345, 0};
+    const std::vector<std::uint32_t> full{0, 65535,    257 * 10, 257 * 20 + 129, 0, 65535, 0,
+                                          0, 257 * 77, 0,        12345,          0};
     std::vector<std::uint32_t> small;
     for (std::uint32_t value : full) small.push_back((value + 128) / 257);
     const Values expected{21, 0, 0, 10, 0, 48, 255, 65535 / 257, 0, 0, 0, 77};
@@ -205,7 +212,8 @@ TEST(TiffLayout, indices_may_have_an_alpha) {
 
 TEST(TiffLayout, missing_colour_space_is_guessed) {
     TiffBuilder grey(1, 1), colour(1, 1);
-    EXPECT_EQ(bytesOf(loadBytes(grey.erase(262).block("\x30").build()), 1, 1, Format::L), Values{48});
+    EXPECT_EQ(bytesOf(loadBytes(grey.erase(262).block("\x30").build()), 1, 1, Format::L),
+              Values{48});
     colour.samples(3, 8).erase(262);
     EXPECT_EQ(bytesOf(loadBytes(colour.block(bytes({1, 2, 3})).build()), 1, 1, Format::RGB),
               (Values{1, 2, 3}));
@@ -233,7 +241,10 @@ TEST(TiffLayout, old_style_jpeg_is_decoded) {
     // TIFF 6.0, section 22: fields 513 and 514 point to a complete JPEG stream.
     const std::string stream = contentOf(jpeg);
     TiffBuilder tiff(32, 16);
-    tiff.samples(3, 8).erase(339).set(259, TiffBuilder::kShort, {6}).set(262, TiffBuilder::kShort, {6});
+    tiff.samples(3, 8)
+        .erase(339)
+        .set(259, TiffBuilder::kShort, {6})
+        .set(262, TiffBuilder::kShort, {6});
     tiff.set(512, TiffBuilder::kShort, {1}).set(513, TiffBuilder::kLong, {8});
     tiff.set(514, TiffBuilder::kLong, {static_cast<std::uint32_t>(stream.size())});
     tiff.set(530, TiffBuilder::kShort, {1, 1});

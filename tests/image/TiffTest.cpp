@@ -30,8 +30,7 @@ std::string encoded(const TempFolder& folder, const RawPicture& picture,
         in = exact;
     }
     const std::string out = folder.file("out.tif");
-    runProgram(
-        replaced(replaced(command, "IN", shellWord(in)), "OUT", shellWord(out)));
+    runProgram(replaced(replaced(command, "IN", shellWord(in)), "OUT", shellWord(out)));
     return out;
 }
 
@@ -108,8 +107,8 @@ constexpr Recipe kRecipes[] = {
     {"many_tiles", "oiiotool IN --tile 64 64 --compression zip -o OUT", 3, 16, 1501, 1003},
     {"planar_strips", "convert IN -interlace Plane -compress Zip OUT", 3, 8, 1501, 1003},
     // One strip of 18 MiB, which is decoded row by row.
-    {"one_large_strip", "convert IN -compress Zip -define tiff:rows-per-strip=4000 OUT", 3, 16, 1600,
-     2000},
+    {"one_large_strip", "convert IN -compress Zip -define tiff:rows-per-strip=4000 OUT", 3, 16,
+     1600, 2000},
 };
 
 class TiffFile : public testing::TestWithParam<Recipe> {};
@@ -119,8 +118,7 @@ class TiffFile : public testing::TestWithParam<Recipe> {};
 TEST_P(TiffFile, has_the_samples_that_were_stored) {
     const Recipe& recipe = GetParam();
     const TempFolder folder;
-    const RawPicture picture =
-        gradients(recipe.width, recipe.height, recipe.channels, recipe.bits);
+    const RawPicture picture = gradients(recipe.width, recipe.height, recipe.channels, recipe.bits);
     const auto image = loadFile(encoded(folder, picture, recipe.command));
     const auto found = bytesOf(image, recipe.width, recipe.height, formatOf(recipe.channels));
     EXPECT_TRUE(found == delivered(picture));
@@ -142,11 +140,11 @@ TEST(TiffReader, delivers_few_bits_over_the_whole_range) {
         // All values of the depth occur; the width does not fill the last byte of a row.
         const int most = (1 << bits) - 1;
         RawPicture picture{13, 6, 1, 8, {}};
-        for (int i = 0; i < 13 * 6; ++i) picture.append((i * 7 + i / 13) % (most + 1) * (255 / most));
-        const auto path = encoded(folder, picture, "convert IN -depth " + std::to_string(bits) +
-                                                       " -compress None OUT");
-        EXPECT_EQ(bytesOf(loadFile(path), 13, 6, Format::L), delivered(picture))
-            << bits;
+        for (int i = 0; i < 13 * 6; ++i)
+            picture.append((i * 7 + i / 13) % (most + 1) * (255 / most));
+        const auto path = encoded(
+            folder, picture, "convert IN -depth " + std::to_string(bits) + " -compress None OUT");
+        EXPECT_EQ(bytesOf(loadFile(path), 13, 6, Format::L), delivered(picture)) << bits;
     }
 }
 
@@ -171,11 +169,9 @@ TEST(TiffReader, reads_fax_codes) {
     for (int y = 0; y < 41; ++y)
         for (int x = 0; x < 203; ++x) picture.append((x * x / 97 + y * x / 31) % 3 ? 255 : 0);
     for (const char* code : {"Fax", "Group4"}) {
-        const auto path =
-            encoded(folder, picture, std::string("convert IN -monochrome -compress ") + code + " OUT");
-        EXPECT_EQ(bytesOf(loadFile(path), 203, 41, Format::L),
-                  delivered(picture))
-            << code;
+        const auto path = encoded(folder, picture,
+                                  std::string("convert IN -monochrome -compress ") + code + " OUT");
+        EXPECT_EQ(bytesOf(loadFile(path), 203, 41, Format::L), delivered(picture)) << code;
     }
     const auto rle = encoded(folder, picture, "oiiotool IN -d uint1 --compression ccittrle -o OUT");
     EXPECT_EQ(bytesOf(loadFile(rle), 203, 41, Format::L), delivered(picture));
@@ -185,8 +181,8 @@ TEST(TiffReader, turns_white_is_zero_around) {
     const TempFolder folder;
     RawPicture picture = gradients(21, 9, 1);
     // The program stores the samples as they are and only says that they mean the opposite.
-    const auto path =
-        encoded(folder, picture, "convert IN -define quantum:polarity=min-is-white -compress None OUT");
+    const auto path = encoded(
+        folder, picture, "convert IN -define quantum:polarity=min-is-white -compress None OUT");
     for (char& sample : picture.samples) sample = static_cast<char>(~sample);
     EXPECT_EQ(bytesOf(loadFile(path), 21, 9, Format::L), delivered(picture));
 }
@@ -194,12 +190,12 @@ TEST(TiffReader, turns_white_is_zero_around) {
 TEST(TiffReader, delivers_half_numbers_as_half) {
     const TempFolder folder;
     const RawPicture picture = gradients(33, 21, 3, 16);
-    for (const char* how : {"--compression none", "--compression zip", "--compression lzw --tile 16 16",
-                            "--planarconfig separate"}) {
-        const auto path =
-            encoded(folder, picture, std::string("oiiotool IN -d half --attrib:type=int tiff:half 1 ") + how + " -o OUT");
-        const auto found =
-            halvesOf(loadFile(path), 33, 21, Format::RGB_f16);
+    for (const char* how : {"--compression none", "--compression zip",
+                            "--compression lzw --tile 16 16", "--planarconfig separate"}) {
+        const auto path = encoded(
+            folder, picture,
+            std::string("oiiotool IN -d half --attrib:type=int tiff:half 1 ") + how + " -o OUT");
+        const auto found = halvesOf(loadFile(path), 33, 21, Format::RGB_f16);
         ASSERT_EQ(found.size(), 33U * 21 * 3) << how;
         for (int i = 0; i < 33 * 21 * 3; ++i) {
             // 11 significant bits: half a unit of the last one is 2^-12 of numbers up to 1.
@@ -220,8 +216,7 @@ TEST(TiffReader, delivers_floats_as_float) {
             const auto path =
                 encoded(folder, picture, std::string("oiiotool IN ") + how + " -o OUT");
             const auto found =
-                floatsOf(loadFile(path), 33, 21,
-                         channels == 1 ? Format::L_f : Format::RGB_f);
+                floatsOf(loadFile(path), 33, 21, channels == 1 ? Format::L_f : Format::RGB_f);
             ASSERT_EQ(found.size(), static_cast<std::size_t>(33 * 21 * channels)) << how;
             for (int i = 0; i < 33 * 21 * channels; ++i) {
                 const double expected =
@@ -237,11 +232,10 @@ TEST(TiffReader, delivers_rows_as_stored_whatever_the_orientation) {
     const TempFolder folder;
     const RawPicture picture = gradients(17, 8, 3);
     for (const char* orientation : {"TopLeft", "BottomRight", "LeftTop", "RightBottom"}) {
-        const auto path = encoded(folder, picture, std::string("convert IN -orient ") + orientation +
-                                                       " -compress None OUT");
-        EXPECT_EQ(bytesOf(loadFile(path), 17, 8, Format::RGB),
-                  delivered(picture))
-            << orientation;
+        const auto path =
+            encoded(folder, picture,
+                    std::string("convert IN -orient ") + orientation + " -compress None OUT");
+        EXPECT_EQ(bytesOf(loadFile(path), 17, 8, Format::RGB), delivered(picture)) << orientation;
     }
 }
 
@@ -297,8 +291,8 @@ TEST(TiffReader, reports_resolution_with_its_unit) {
 TEST(TiffReader, info_of_a_file_with_broken_pixels_is_given) {
     const TempFolder folder;
     // This program writes the directory first.
-    std::string file = contentOf(
-        encoded(folder, gradients(40, 30, 3), "oiiotool IN --compression zip -o OUT"));
+    std::string file =
+        contentOf(encoded(folder, gradients(40, 30, 3), "oiiotool IN --compression zip -o OUT"));
     const std::string path = folder.write("cut.tif", file.substr(0, file.size() * 3 / 4));
     KVRMMImageProp prop;
     KVRMMImageSize size;

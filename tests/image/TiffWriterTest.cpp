@@ -16,8 +16,8 @@ using namespace rb::test;
 constexpr Format kFormats[] = {Format::None, Format::L, Format::LA, Format::RGB, Format::RGBA};
 
 Image made(const RawPicture& picture) {
-    Image image = Image::Adopt(
-        new KVRPixelImage(picture.width, picture.height, kFormats[picture.channels]));
+    Image image =
+        Image::Adopt(new KVRPixelImage(picture.width, picture.height, kFormats[picture.channels]));
     std::memcpy(image->GetPixelsToModify(), picture.samples.data(), picture.samples.size());
     return image;
 }
@@ -32,14 +32,14 @@ std::string written(const TempFolder& folder, const Image& image) {
 
 TEST(TiffWriter, pixels_come_back) {
     const TempFolder folder;
-    // One pixel; one strip; strips of many rows, more than are made at once; rows longer than a strip.
+    // One pixel; one strip; strips of many rows, more than are made at once; rows longer than a
+    // strip.
     constexpr std::pair<int, int> kSizes[] = {{1, 1}, {61, 23}, {1200, 1900}, {100003, 70}};
     for (const auto& [width, height] : kSizes)
         for (const int channels : {1, 2, 3, 4}) {
             const RawPicture picture = gradients(width, height, channels);
             const Image back = loadFile(written(folder, made(picture)));
-            const auto found =
-                valuesOf<char>(back, width, height, kFormats[channels]);
+            const auto found = valuesOf<char>(back, width, height, kFormats[channels]);
             EXPECT_TRUE(std::string(found.begin(), found.end()) == picture.samples)
                 << width << " x " << height << ", channels: " << channels;
         }
@@ -55,7 +55,8 @@ TEST(TiffWriter, other_programs_read_the_pixels) {
     }
     const RawPicture picture = gradients(61, 23, 3);
     const std::string map = folder.file("out.ppm");
-    runProgram("oiiotool " + shellWord(written(folder, made(picture))) + " -d uint8 -o " + shellWord(map));
+    runProgram("oiiotool " + shellWord(written(folder, made(picture))) + " -d uint8 -o " +
+               shellWord(map));
     const std::string content = contentOf(map);
     ASSERT_GE(content.size(), picture.samples.size());
     EXPECT_TRUE(content.substr(content.size() - picture.samples.size()) == picture.samples);

@@ -67,8 +67,8 @@ bool AtomicFile::flushed() {
 bool AtomicFile::nameContent() {
     if (m_hasPart) return true;
     const std::string content = "/proc/self/fd/" + std::to_string(fileno(m_stream));
-    m_hasPart = linkat(AT_FDCWD, content.c_str(), AT_FDCWD, m_partPath.c_str(),
-                       AT_SYMLINK_FOLLOW) == 0;
+    m_hasPart =
+        linkat(AT_FDCWD, content.c_str(), AT_FDCWD, m_partPath.c_str(), AT_SYMLINK_FOLLOW) == 0;
     if (!m_hasPart) fail(errno);
     return m_hasPart;
 }

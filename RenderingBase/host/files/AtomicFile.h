@@ -16,7 +16,8 @@ namespace rb::files {
 /// Threads: one. Lifetime: without `commit` nothing stays.
 class KVR_EXPORT AtomicFile {
 public:
-    /// @param nativePath  A path of the system. What stands there must be a regular file or nothing.
+    /// @param nativePath  A path of the system. What stands there must be a regular file or
+    /// nothing.
     explicit AtomicFile(std::string nativePath);
     ~AtomicFile();
     AtomicFile(const AtomicFile&) = delete;
@@ -36,8 +37,8 @@ private:
     bool nameContent();
 
     std::string m_path;
-    std::string m_partPath;   // beside the final place
-    bool m_hasPart = false;   // the content stands under m_partPath
+    std::string m_partPath;  // beside the final place
+    bool m_hasPart = false;  // the content stands under m_partPath
     std::FILE* m_stream = nullptr;
     std::string m_reason;
 };

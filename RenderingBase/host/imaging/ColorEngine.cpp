@@ -106,7 +106,8 @@ bool hasSrgbCurves(cmsHPROFILE profile) {
         for (int i = 0; i <= kSteps; ++i) {
             const double x = static_cast<double>(i) / kSteps;
             const double linear = x <= 0.04045 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4);
-            const double y = static_cast<double>(cmsEvalToneCurveFloat(curve, static_cast<float>(x)));
+            const double y =
+                static_cast<double>(cmsEvalToneCurveFloat(curve, static_cast<float>(x)));
             if (!(std::abs(y - linear) <= kTolerance)) return false;
         }
     }
@@ -197,16 +198,15 @@ std::string IccProfile::model() const {
     return model.empty() ? profileText(m_handle, cmsInfoModel) : model;
 }
 
-std::unique_ptr<const ColorTransform> ColorTransform::create(const IccProfile& from,
-                                                             ColorLayout in, const IccProfile& to,
+std::unique_ptr<const ColorTransform> ColorTransform::create(const IccProfile& from, ColorLayout in,
+                                                             const IccProfile& to,
                                                              ColorLayout out) {
     if (from.space() != in.space || to.space() != out.space) return nullptr;
     // Without a cache of the last colour, one transform serves several threads.
     cmsUInt32Number flags = cmsFLAGS_NOCACHE | cmsFLAGS_BLACKPOINTCOMPENSATION;
     if (in.alpha && out.alpha) flags |= cmsFLAGS_COPY_ALPHA;
-    void* const handle =
-        cmsCreateTransform(from.handle(), pixelType(in), to.handle(), pixelType(out),
-                           INTENT_RELATIVE_COLORIMETRIC, flags);
+    void* const handle = cmsCreateTransform(from.handle(), pixelType(in), to.handle(),
+                                            pixelType(out), INTENT_RELATIVE_COLORIMETRIC, flags);
     return std::unique_ptr<const ColorTransform>(handle ? new ColorTransform(handle) : nullptr);
 }
 

@@ -49,10 +49,10 @@ private:
 struct ColorLayout {
     ColorSpace space = ColorSpace::Rgb;
     ChannelType type = ChannelType::Byte;  ///< Byte, Word or Float.
-    bool alpha = false;       ///< One more channel behind the colour ones (or before: alphaFirst).
-    bool reversed = false;    ///< BGR, and ABGR with alpha first.
+    bool alpha = false;     ///< One more channel behind the colour ones (or before: alphaFirst).
+    bool reversed = false;  ///< BGR, and ABGR with alpha first.
     bool alphaFirst = false;
-    bool inverted = false;    ///< CMYK where 0 is full ink.
+    bool inverted = false;  ///< CMYK where 0 is full ink.
 };
 
 /// A conversion between two profiles: relative colorimetric with black point compensation.

@@ -74,7 +74,8 @@ ReadResult checkSides(const ImageHeader& header) {
 ReadResult checkSize(const ImageHeader& header, std::uint64_t fileBytes) {
     const std::uint64_t limit = pixelLimit();
     // Each side fits 31 bits, so the product fits 62.
-    if (static_cast<std::uint64_t>(header.width) * static_cast<std::uint64_t>(header.height) > limit)
+    if (static_cast<std::uint64_t>(header.width) * static_cast<std::uint64_t>(header.height) >
+        limit)
         return refuse("at most " + std::to_string(limit) + " pixels (KVRImagePixelLimit)",
                       dimensions(header));
     if (fileBytes < header.leastFileBytes)

@@ -25,7 +25,8 @@ ReadResult openImage(ByteSource& source, bool whole, OpenImage& image);
 /// Allocates and decodes the pixels. Never throws.
 ReadResult decodeImage(OpenImage& image, PixelStorage& pixels);
 
-/// The number of pixels that an image may have: KVRImagePixelLimit of the environment, 2^28 without.
+/// The number of pixels that an image may have: KVRImagePixelLimit of the environment, 2^28
+/// without.
 std::uint64_t pixelLimit();
 
 }  // namespace rb::imaging

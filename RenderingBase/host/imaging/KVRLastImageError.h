@@ -9,10 +9,10 @@
 
 /// The reason of a refusal, in the words of whoever refused.
 struct KVRImageError {
-    KVRUnicodeString file;   ///< As it was given.
-    std::string expected;    ///< For example "a PNG header of 13 bytes".
-    std::string found;       ///< For example "the end of the file".
-    std::string where;       ///< For example "byte 16"; empty when it is the file as a whole.
+    KVRUnicodeString file;  ///< As it was given.
+    std::string expected;   ///< For example "a PNG header of 13 bytes".
+    std::string found;      ///< For example "the end of the file".
+    std::string where;      ///< For example "byte 16"; empty when it is the file as a whole.
 
     /// One line: "oak.png: byte 16: expected a PNG header of 13 bytes, found the end of the file".
     KVR_EXPORT KVRUnicodeString Message() const;

@@ -10,12 +10,12 @@
 
 /// How the pixels of a file are stored.
 struct KVRMMImageProp {
-    int channels = 0;             ///< Stored samples of a pixel.
-    int bitsPerChannel = 0;       ///< Stored bits of a sample.
+    int channels = 0;                                        ///< Stored samples of a pixel.
+    int bitsPerChannel = 0;                                  ///< Stored bits of a sample.
     KVRPixelImageFormat format = KVRPixelImageFormat::None;  ///< In which the image is delivered.
-    KVRUnicodeString fileFormat;  ///< "png", "jpg", "tif", "exr" or "hdr".
-    bool hasProfile = false;      ///< Whether a colour profile is embedded.
-    KVRUnicodeString profileName; ///< The embedded profile's description; empty without one.
+    KVRUnicodeString fileFormat;   ///< "png", "jpg", "tif", "exr" or "hdr".
+    bool hasProfile = false;       ///< Whether a colour profile is embedded.
+    KVRUnicodeString profileName;  ///< The embedded profile's description; empty without one.
 };
 
 /// Size and resolution of a file, as it states them.
@@ -34,7 +34,8 @@ public:
 class KVR_EXPORT KVRMMRasterAdministrator {
 public:
     static KVRMMRasterAdministrator* GetInstance();  ///< The process's only one; borrowed.
-    /// Reads the header of the file at @p path; a file with a good header and broken pixels answers.
+    /// Reads the header of the file at @p path; a file with a good header and broken pixels
+    /// answers.
     /// @param flag  Kept for compatibility; 0.
     /// Errors: E_FAIL when the header cannot be read (`KVRLastImageError` tells why); outputs are
     ///         untouched.

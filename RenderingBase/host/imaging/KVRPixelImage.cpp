@@ -17,9 +17,9 @@ using rb::imaging::PixelStorage;
 namespace {
 
 std::size_t pixelCount(int width, int height) {
-    return width < 1 || height < 1 ? 0
-                                   : static_cast<std::size_t>(width) *
-                                         static_cast<std::size_t>(height);
+    return width < 1 || height < 1
+               ? 0
+               : static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
 }
 
 /// Throws std::bad_alloc when the number does not fit.
@@ -50,8 +50,7 @@ struct StreamedHeader {
 
 }  // namespace
 
-KVRPixelImage::KVRPixelImage(int width, int height, KVRPixelImageFormat format,
-                             PixelStorage pixels)
+KVRPixelImage::KVRPixelImage(int width, int height, KVRPixelImageFormat format, PixelStorage pixels)
     : m_width(width), m_height(height) {
     if (pixelCount(width, height) == 0) m_width = m_height = 0;
     replacePixels(format, std::move(pixels));
@@ -63,13 +62,13 @@ KVRPixelImage::KVRPixelImage(int width, int height, KVRPixelImageFormat format)
 
 KVRPixelImage::KVRPixelImage(int width, int height, KVRPixelImageFormat format,
                              unsigned char* pixels, KVRPixelDealloc mode)
-    : KVRPixelImage(width, height, format,
-                    around(pixels, byteCount(width, height, format), mode)) {}
+    : KVRPixelImage(width, height, format, around(pixels, byteCount(width, height, format), mode)) {
+}
 
 KVRPixelImage::KVRPixelImage(int width, int height, KVRPixelImageFormat format, float* pixels,
                              KVRPixelDealloc mode)
-    : KVRPixelImage(width, height, format,
-                    around(pixels, byteCount(width, height, format), mode)) {}
+    : KVRPixelImage(width, height, format, around(pixels, byteCount(width, height, format), mode)) {
+}
 
 KVRPixelImage::KVRPixelImage(const KVRPixelImage& other)
     : KVRPixelImage(other.m_width, other.m_height, other.m_format,
@@ -108,8 +107,8 @@ void KVRPixelImage::copyAttributesFrom(const KVRPixelImage& other) {
 
 HRESULT KVRPixelImage::Stream(KVRStream& stream) const {
     const StreamedHeader header{m_width, m_height, static_cast<std::int32_t>(m_format)};
-    const bool written = stream.Write(&header, sizeof header) &&
-                         stream.Write(m_pixels.data(), m_pixels.size());
+    const bool written =
+        stream.Write(&header, sizeof header) && stream.Write(m_pixels.data(), m_pixels.size());
     return written ? S_OK : E_FAIL;
 }
 
@@ -219,8 +218,7 @@ HRESULT KVRPixelImage::InsertPixelImage(const KVRPixelImage* image, int x, int y
     // 64 bits: a position near the end of the integers must not wrap round.
     const std::int64_t left = std::max<std::int64_t>(x, 0), top = std::max<std::int64_t>(y, 0);
     const std::int64_t right = std::min<std::int64_t>(std::int64_t{x} + image->m_width, m_width);
-    const std::int64_t bottom =
-        std::min<std::int64_t>(std::int64_t{y} + image->m_height, m_height);
+    const std::int64_t bottom = std::min<std::int64_t>(std::int64_t{y} + image->m_height, m_height);
     if (left >= right) return S_OK;
     const std::int64_t pixelBytes = GetBytesPerPixel();
     for (std::int64_t row = top; row < bottom; ++row)

@@ -124,8 +124,9 @@ public:
     /// @param flag  Kept for compatibility; 0.
     virtual HRESULT AssignColorProfile(KVRMMColorProfile* profile, int flag);
     /// Converts the pixels from the tagged profile (sRGB when untagged) to @p target (null: sRGB)
-    /// and tags the image with it. Relative colorimetric with black point compensation; alpha stays.
-    /// Errors: E_FAIL when a profile's colour space does not fit the image; nothing is changed.
+    /// and tags the image with it. Relative colorimetric with black point compensation; alpha
+    /// stays. Errors: E_FAIL when a profile's colour space does not fit the image; nothing is
+    /// changed.
     virtual HRESULT ApplyColorProfile(KVRMMColorProfile* target, int flag);
 
     /// The profile that the image is tagged with, one reference for the caller; null when untagged.

@@ -32,8 +32,10 @@ ColorLayout engineLayout(const PixelLayout& layout) {
 /// Converts pixels whose layout the engine knows, in place.
 void convertRows(const ColorTransform& transform, const PixelLayout& layout, int width, int height,
                  std::byte* pixels) {
-    const auto rowValues = static_cast<std::size_t>(width) * static_cast<std::size_t>(layout.channels);
-    const auto rowBytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(layout.bytesPerPixel());
+    const auto rowValues =
+        static_cast<std::size_t>(width) * static_cast<std::size_t>(layout.channels);
+    const auto rowBytes =
+        static_cast<std::size_t>(width) * static_cast<std::size_t>(layout.bytesPerPixel());
     const auto count = static_cast<std::size_t>(width);
     rb::imaging::forRowSlices(width, height, [&](std::int64_t first, std::int64_t end) {
         std::vector<float> floats(layout.type == ChannelType::Half ? rowValues : 0);
@@ -55,7 +57,8 @@ void convertRows(const ColorTransform& transform, const PixelLayout& layout, int
 /// colour with three equal parts, of which the green one is the grey again.
 void convertGreyRows(const ColorTransform& transform, const PixelLayout& layout, int width,
                      int height, std::byte* pixels, bool colorIn, bool colorOut) {
-    const auto rowBytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(layout.bytesPerPixel());
+    const auto rowBytes =
+        static_cast<std::size_t>(width) * static_cast<std::size_t>(layout.bytesPerPixel());
     const PixelLayout& grey = rb::imaging::layoutOf(KVRPixelImageFormat::L_f);
     const PixelLayout& color = rb::imaging::layoutOf(KVRPixelImageFormat::RGB_f);
     const auto count = static_cast<std::size_t>(width);

@@ -64,9 +64,9 @@ KVRPixelImage* load(ByteSource& source, ReadResult& refusal) {
     if (!refusal) refusal = rb::imaging::decodeImage(open, pixels);
     if (refusal) return nullptr;
     const ImageHeader& header = open.header;
-    auto* image = KVRPixelImage::CreateAround(static_cast<int>(header.width),
-                                              static_cast<int>(header.height), header.format,
-                                              std::move(pixels));
+    auto* image =
+        KVRPixelImage::CreateAround(static_cast<int>(header.width), static_cast<int>(header.height),
+                                    header.format, std::move(pixels));
     const auto& resolution = header.resolution;
     image->SetResolution(resolution.x, resolution.y, resolution.unit);
     if (const auto profile = profileOf(header)) image->AssignColorProfile(profile.Get(), 0);
@@ -113,8 +113,8 @@ HRESULT KVRPixelImage::WriteToFile(const KVRUnicodeString& path, const char* for
                           formatName ? formatName : "no format name");
         if (!GetPixelsToRead() || m_pixels.size() == 0)
             return refuse("8-bit pixels to write", std::string(layout().name) + " pixels");
-        const auto picture = KVRVar<KVRPixelImage>::Adopt(
-            Duplicate(fileOrder(layout(), format->keepsAlpha)));
+        const auto picture =
+            KVRVar<KVRPixelImage>::Adopt(Duplicate(fileOrder(layout(), format->keepsAlpha)));
         if (!picture) return refuse("memory for a copy of the image", "none left");
         rb::imaging::WritablePicture writable;
         writable.width = m_width;

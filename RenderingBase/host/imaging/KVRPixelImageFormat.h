@@ -36,11 +36,11 @@ namespace rb::imaging {
 
 /// The type of one channel of a pixel.
 enum class ChannelType : std::uint8_t {
-    Bit,     ///< One byte, 0 or 1.
-    Byte,    ///< 8 bits, 0 to 255.
-    Word,    ///< 16 bits, 0 to 65535.
-    Half,    ///< binary16.
-    Float,   ///< binary32.
+    Bit,    ///< One byte, 0 or 1.
+    Byte,   ///< 8 bits, 0 to 255.
+    Word,   ///< 16 bits, 0 to 65535.
+    Half,   ///< binary16.
+    Float,  ///< binary32.
 };
 
 /// What a format looks like. Positions are channel indices in memory; -1 where there is no such

@@ -32,8 +32,8 @@ void zoomNearest(const KVRPixelImage& from, int width, int height, KVRPixelImage
     for (int x = 0; x < width; ++x)
         columns[static_cast<std::size_t>(x)] = nearest(x, width, fromWidth) * pixelBytes;
     for (int y = 0; y < height; ++y) {
-        const std::byte* row = in + nearest(y, height, fromHeight) *
-                                        static_cast<std::size_t>(fromWidth) * pixelBytes;
+        const std::byte* row =
+            in + nearest(y, height, fromHeight) * static_cast<std::size_t>(fromWidth) * pixelBytes;
         for (const std::size_t column : columns) {
             std::memcpy(out, row + column, pixelBytes);
             out += pixelBytes;
@@ -79,14 +79,16 @@ void zoomBilinear(const KVRPixelImage& from, int width, int height, KVRPixelImag
     const auto count = static_cast<std::size_t>(width);
     const auto fromRowBytes = fromCount * static_cast<std::size_t>(layout.bytesPerPixel());
     const auto rowBytes = count * static_cast<std::size_t>(layout.bytesPerPixel());
-    std::vector<float> rows[2] = {std::vector<float>(4 * fromCount), std::vector<float>(4 * fromCount)};
+    std::vector<float> rows[2] = {std::vector<float>(4 * fromCount),
+                                  std::vector<float>(4 * fromCount)};
     std::vector<float> out(4 * count);
     for (int y = 0; y < height; ++y) {
         const Between vertical = between(y, height, fromHeight);
         const std::size_t lines[2] = {vertical.low, vertical.high};
         for (int i = 0; i < 2; ++i)
             rb::imaging::convertPixels(layout, from.GetRawPixels().data() + lines[i] * fromRowBytes,
-                                       rgba, reinterpret_cast<std::byte*>(rows[i].data()), fromCount);
+                                       rgba, reinterpret_cast<std::byte*>(rows[i].data()),
+                                       fromCount);
         for (int x = 0; x < width; ++x) {
             const Between across = between(x, width, fromWidth);
             const float* const pixels[4] = {&rows[0][4 * across.low], &rows[0][4 * across.high],
@@ -95,9 +97,9 @@ void zoomBilinear(const KVRPixelImage& from, int width, int height, KVRPixelImag
             const float weights[4] = {(1 - u) * (1 - v), u * (1 - v), (1 - u) * v, u * v};
             blendFour(pixels, weights, &out[4 * static_cast<std::size_t>(x)]);
         }
-        rb::imaging::convertPixels(rgba, reinterpret_cast<const std::byte*>(out.data()), layout,
-                                   to.GetRawPixels().data() + static_cast<std::size_t>(y) * rowBytes,
-                                   count);
+        rb::imaging::convertPixels(
+            rgba, reinterpret_cast<const std::byte*>(out.data()), layout,
+            to.GetRawPixels().data() + static_cast<std::size_t>(y) * rowBytes, count);
     }
 }
 
@@ -124,7 +126,7 @@ bool zoomFiltered(const KVRPixelImage& from, int width, int height, KVRPixelImag
 KVRPixelImageFormat filterFormat(const PixelLayout& layout, KVRPixelImageFormat format) {
     if (layout.type == ChannelType::Bit) return KVRPixelImageFormat::L;
     if (layout.type != ChannelType::Half) return format;
-    return layout.isGrey() ? KVRPixelImageFormat::L_f
+    return layout.isGrey()     ? KVRPixelImageFormat::L_f
            : layout.hasAlpha() ? KVRPixelImageFormat::RGBA_f
                                : KVRPixelImageFormat::RGB_f;
 }

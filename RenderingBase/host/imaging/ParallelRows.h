@@ -17,8 +17,9 @@ template <typename Work>
 void forRowSlices(std::int64_t width, std::int64_t height, const Work& work) {
     constexpr std::int64_t kPixelsForAThread = 256 * 1024;
     const auto processors = std::max<std::int64_t>(1, std::thread::hardware_concurrency());
-    const auto slices = std::clamp<std::int64_t>(width * height / kPixelsForAThread, 1,
-                                                 std::min(processors, std::max<std::int64_t>(1, height)));
+    const auto slices =
+        std::clamp<std::int64_t>(width * height / kPixelsForAThread, 1,
+                                 std::min(processors, std::max<std::int64_t>(1, height)));
     std::vector<std::future<void>> others;
     for (std::int64_t i = 1; i < slices; ++i)
         others.push_back(std::async(std::launch::async, [&work, i, slices, height] {

@@ -68,7 +68,8 @@ void unpack(const PixelLayout& layout, const std::byte* in, std::size_t pixels,
             Block<std::uint8_t>& block) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(in);
     block.grey = layout.isGrey();
-    if (layout.type == ChannelType::Byte) return spread(layout, bytes, std::uint8_t{255}, pixels, block);
+    if (layout.type == ChannelType::Byte)
+        return spread(layout, bytes, std::uint8_t{255}, pixels, block);
     std::array<std::uint8_t, kBlock> grey;
     std::transform(bytes, bytes + pixels, grey.begin(),
                    [](std::uint8_t bit) { return static_cast<std::uint8_t>(bit ? 255 : 0); });

@@ -46,8 +46,8 @@ PixelStorage::PixelStorage(std::size_t bytes, Fill fill) : m_size(bytes) {
         m_owner = Owner::Pages;
         return;
     }
-    m_data = static_cast<std::byte*>(fill == Fill::Zero ? std::calloc(bytes, 1)
-                                                        : std::malloc(bytes));
+    m_data =
+        static_cast<std::byte*>(fill == Fill::Zero ? std::calloc(bytes, 1) : std::malloc(bytes));
     if (!m_data) throw std::bad_alloc();
     m_owner = Owner::Heap;
 }

@@ -47,7 +47,13 @@ public:
     std::span<const std::byte> bytes() const { return {m_data, m_size}; }
 
 private:
-    enum class Owner { Nobody, Heap, Pages, ByteArray, FloatArray };
+    enum class Owner {
+        Nobody,
+        Heap,
+        Pages,
+        ByteArray,
+        FloatArray
+    };
     PixelStorage(void* data, std::size_t size, Owner owner);
     void swap(PixelStorage& other) noexcept;
 

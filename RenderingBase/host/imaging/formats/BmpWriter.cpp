@@ -6,12 +6,12 @@
 //   36 00 00 00        where the pixels begin
 //   28 00 00 00 ...    the header of the picture, its length first: 40, 108 (V4) or 124 (V5) bytes
 //
-// Then the palette, the pixels from the bottom row upwards, each row filled up to four bytes, and the
-// colour profile. Everything is little endian. Source: Microsoft, "Bitmap Storage" and the pages on
-// BITMAPFILEHEADER, BITMAPINFOHEADER, BITMAPV4HEADER and BITMAPV5HEADER (Windows GDI).
+// Then the palette, the pixels from the bottom row upwards, each row filled up to four bytes, and
+// the colour profile. Everything is little endian. Source: Microsoft, "Bitmap Storage" and the
+// pages on BITMAPFILEHEADER, BITMAPINFOHEADER, BITMAPV4HEADER and BITMAPV5HEADER (Windows GDI).
 //
-// Grey goes out as 8 bits with a grey palette, RGB as 24 bits, pictures with alpha as 32 bits with a
-// mask for alpha, which takes a V4 header. A profile takes a V5 header.
+// Grey goes out as 8 bits with a grey palette, RGB as 24 bits, pictures with alpha as 32 bits with
+// a mask for alpha, which takes a V4 header. A profile takes a V5 header.
 
 #include <algorithm>
 #include <cmath>
@@ -39,7 +39,8 @@ public:
 
 private:
     LittleEndian& put(std::uint32_t value, int count) {
-        for (int i = 0; i < count; ++i) m_bytes.push_back(static_cast<unsigned char>(value >> 8 * i));
+        for (int i = 0; i < count; ++i)
+            m_bytes.push_back(static_cast<unsigned char>(value >> 8 * i));
         return *this;
     }
     std::vector<unsigned char> m_bytes;
@@ -73,7 +74,8 @@ Layout layoutFor(const WritablePicture& picture) {
     layout.paletteEntries = layout.bitsPerPixel == 8 ? 256 : 0;
     if (isForRgb(picture.profile)) layout.profile = picture.profile;
     layout.headerBytes = !layout.profile.empty() ? 124 : alpha ? 108 : 40;
-    layout.rowBytes = (static_cast<std::uint64_t>(picture.width) * layout.bitsPerPixel + 31) / 32 * 4;
+    layout.rowBytes =
+        (static_cast<std::uint64_t>(picture.width) * layout.bitsPerPixel + 31) / 32 * 4;
     layout.pixelBytes = layout.rowBytes * static_cast<std::uint64_t>(picture.height);
     return layout;
 }
@@ -86,7 +88,7 @@ std::uint32_t perMetre(double resolution, int unit) {
 }
 
 std::vector<unsigned char> headers(const WritablePicture& picture, const Layout& layout) {
-    constexpr std::uint32_t kMasks = 3;  // BI_BITFIELDS
+    constexpr std::uint32_t kMasks = 3;                                  // BI_BITFIELDS
     constexpr std::uint32_t kSrgb = 0x73524742, kEmbedded = 0x4D424544;  // "sRGB", "MBED"
     constexpr std::uint32_t kRelativeColorimetric = 2;                   // LCS_GM_GRAPHICS
     LittleEndian out;

@@ -27,7 +27,7 @@ std::unique_ptr<FileSource> FileSource::open(const std::string& nativePath, std:
     struct stat status {};
     const bool known = fstat(descriptor, &status) == 0;
     if (!known || !S_ISREG(status.st_mode)) {
-        reason = !known ? std::generic_category().message(errno)
+        reason = !known                    ? std::generic_category().message(errno)
                  : S_ISDIR(status.st_mode) ? "a folder"
                                            : "something else than a regular file";
         close(descriptor);

@@ -4,7 +4,8 @@
 //   02 00 00 00                 version and flags; 0x1000: several parts
 //   "channels" 00 "chlist" 00   an attribute: name, type,
 //   37 00 00 00 ...             size of the value, value
-//   00                          end of the header; with several parts, after the last one another 00
+//   00                          end of the header; with several parts, after the last one another
+//   00
 //
 // Source: "OpenEXR File Layout" (openexr.com).
 
@@ -24,9 +25,7 @@ public:
     ReadResult walk();
 
 private:
-    ReadResult end() const {
-        return refuse("a header that ends", "the end of the file", where());
-    }
+    ReadResult end() const { return refuse("a header that ends", "the end of the file", where()); }
     std::string where() const { return "byte " + std::to_string(m_offset); }
     std::uint64_t left() const { return m_source.size() - std::min(m_source.size(), m_offset); }
     bool number(std::uint32_t& value) {

@@ -1,6 +1,6 @@
 // Reading of OpenEXR files: the data window of the first part that has a picture, at full size.
-// ExrHeaderCheck.cpp begins with the layout of a file. Sources: "Technical Introduction to OpenEXR",
-// "OpenEXR File Layout" and "Standard Optional Attributes" (openexr.com).
+// ExrHeaderCheck.cpp begins with the layout of a file. Sources: "Technical Introduction to
+// OpenEXR", "OpenEXR File Layout" and "Standard Optional Attributes" (openexr.com).
 //
 // Alpha is delivered as it is stored, which in these files is multiplied into the colours.
 
@@ -184,7 +184,8 @@ ReadResult ExrReader::chooseFormat() {
             const Imf::Channel& channel = part().channels()[name];
             half = half && channel.type == Imf::HALF;
             if (channel.xSampling != 1 || channel.ySampling != 1)
-                return refuse("a sample in every pixel", "the subsampled channel " + inQuotes(name));
+                return refuse("a sample in every pixel",
+                              "the subsampled channel " + inQuotes(name));
         }
     }
     if (half)
@@ -203,7 +204,9 @@ Resolution ExrReader::resolution() const {
 }
 
 std::uint64_t ExrReader::chunks() const {
-    const auto parts = [](std::uint64_t length, std::uint64_t size) { return (length - 1) / size + 1; };
+    const auto parts = [](std::uint64_t length, std::uint64_t size) {
+        return (length - 1) / size + 1;
+    };
     if (tiled())
         return saturatedProduct(parts(m_width, part().tileDescription().xSize),
                                 parts(m_height, part().tileDescription().ySize));
@@ -218,8 +221,8 @@ std::uint64_t ExrReader::leastFileBytes() const {
     for (auto it = part().channels().begin(); it != part().channels().end(); ++it) {
         const auto across = static_cast<std::uint64_t>(std::max(1, it.channel().xSampling));
         const auto down = static_cast<std::uint64_t>(std::max(1, it.channel().ySampling));
-        pixelBytes += saturatedProduct(m_width / across, m_height / down,
-                                       sampleBytes(it.channel().type));
+        pixelBytes +=
+            saturatedProduct(m_width / across, m_height / down, sampleBytes(it.channel().type));
     }
     return saturatedProduct(chunks(), kTableEntry + kLeastHead) +
            pixelBytes / codingOf(part().compression()).bestRatio;
@@ -277,9 +280,10 @@ Imf::FrameBuffer ExrReader::frameBuffer(std::byte* pixels) const {
     const Imf::PixelType type = layout.type == ChannelType::Half ? Imf::HALF : Imf::FLOAT;
     Imf::FrameBuffer buffer;
     const auto insert = [&](const std::string& name, int place) {
-        buffer.insert(name, Imf::Slice::Make(type, pixels + static_cast<std::size_t>(place) * channelBytes,
-                                             m_window, pixelBytes,
-                                             static_cast<std::size_t>(m_width) * pixelBytes));
+        buffer.insert(
+            name,
+            Imf::Slice::Make(type, pixels + static_cast<std::size_t>(place) * channelBytes,
+                             m_window, pixelBytes, static_cast<std::size_t>(m_width) * pixelBytes));
     };
     for (int i = 0; i < (isGrey() ? 1 : 3); ++i) {
         const std::string& name = m_channels.color[static_cast<std::size_t>(i)];

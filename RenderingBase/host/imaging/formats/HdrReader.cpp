@@ -13,8 +13,8 @@
 // A mantissa m with exponent e is m * 2^(e - 136), without the half step that some programs add:
 // zero stays zero and whole numbers stay whole. EXPOSURE and COLORCORR tell how to get back to
 // physical units; pixels are delivered as they are stored. So are scanlines: one after the other as
-// rows, from the left, whatever way the picture is turned (of the eight possible ones, "-Y h +X w" is
-// upright; "+X w -Y h" has its columns as scanlines and is delivered h wide and w high).
+// rows, from the left, whatever way the picture is turned (of the eight possible ones, "-Y h +X w"
+// is upright; "+X w -Y h" has its columns as scanlines and is delivered h wide and w high).
 
 #include <algorithm>
 #include <array>
@@ -102,7 +102,8 @@ bool parseResolution(std::string_view text, std::int64_t& rows, std::int64_t& co
 const std::array<float, 256>& unitOfExponent() {
     static const std::array<float, 256> table = [] {
         std::array<float, 256> units{};
-        for (int e = 1; e < 256; ++e) units[static_cast<std::size_t>(e)] = std::ldexp(1.0F, e - 136);
+        for (int e = 1; e < 256; ++e)
+            units[static_cast<std::size_t>(e)] = std::ldexp(1.0F, e - 136);
         return units;
     }();
     return table;
@@ -137,8 +138,7 @@ ReadResult HdrReader::readText() {
         if (line.empty()) return {};
         if (line.rfind("FORMAT=", 0) != 0) continue;
         const std::size_t begin = std::min(line.find_first_not_of(' ', 7), line.size());
-        const std::string format =
-            line.substr(begin, line.find_last_not_of(' ') + 1 - begin);
+        const std::string format = line.substr(begin, line.find_last_not_of(' ') + 1 - begin);
         if (format != "32-bit_rle_rgbe" && format != "32-bit_rle_xyze")
             return refuse("FORMAT=32-bit_rle_rgbe or 32-bit_rle_xyze", inQuotes(format));
         m_xyz = format == "32-bit_rle_xyze";
@@ -183,8 +183,8 @@ ReadResult HdrReader::readPixels(std::span<std::byte> pixels) {
 ReadResult HdrReader::readScanline() {
     if (!m_window.has(4)) return refuse("a scanline", remaining(), place());
     const unsigned char* const head = m_window.data();
-    const bool runLengths = m_columns >= 8 && m_columns <= 32767 && head[0] == 2 && head[1] == 2 &&
-                            head[2] < 128;
+    const bool runLengths =
+        m_columns >= 8 && m_columns <= 32767 && head[0] == 2 && head[1] == 2 && head[2] < 128;
     if (!runLengths) return readPixelByPixel();
     const int length = head[2] << 8 | head[3];
     if (length != m_columns)
@@ -216,8 +216,8 @@ ReadResult HdrReader::readComponents() {
                               std::to_string(count), placeOf(in));
             ++in;
             if (static_cast<std::size_t>(end - in) < bytes)
-                return refuse("a run of " + std::to_string(count) + " bytes",
-                              "the end of the file", placeOf(in));
+                return refuse("a run of " + std::to_string(count) + " bytes", "the end of the file",
+                              placeOf(in));
             if (repeats)
                 std::memset(out, *in, count);
             else
@@ -243,9 +243,9 @@ ReadResult HdrReader::readPixelByPixel() {
         const bool repeats = in[0] == 1 && in[1] == 1 && in[2] == 1;
         const std::size_t count = repeats ? std::size_t{in[3]} << shift : 1;
         if (count > columns - done || (repeats && (done == 0 || shift > 24)))
-            return refuse("a repetition of 1 to " + std::to_string(done ? columns - done : 0) +
-                              " pixels",
-                          std::to_string(count), place());
+            return refuse(
+                "a repetition of 1 to " + std::to_string(done ? columns - done : 0) + " pixels",
+                std::to_string(count), place());
         for (std::size_t component = 0; component < 4; ++component) {
             unsigned char* const plane = out + component * columns + done;
             if (repeats)

@@ -31,7 +31,10 @@ class BlockDecoder {
 public:
     BlockDecoder(SharedSource& source, const TiffDirectory& directory, const TiffPixels& pixels,
                  std::byte* out)
-        : m_directory(directory), m_pixels(pixels), m_out(out), m_source(source),
+        : m_directory(directory),
+          m_pixels(pixels),
+          m_out(out),
+          m_source(source),
           m_handle(source, decoderAllowance(source, saturatedProduct(directory.rowBytes(),
                                                                      directory.blockHeight))),
           m_pixelBytes(static_cast<std::size_t>(layoutOf(pixels.format()).bytesPerPixel())) {
@@ -90,9 +93,8 @@ ReadResult BlockDecoder::checkStored(std::uint32_t block, std::uint64_t bytes, s
 ReadResult BlockDecoder::decodeInto(std::uint32_t block, std::byte* to, std::size_t bytes) {
     m_handle.clearComplaint();
     const auto room = static_cast<tmsize_t>(bytes);
-    const tmsize_t got = m_directory.tiled
-                             ? TIFFReadEncodedTile(m_handle.get(), block, to, room)
-                             : TIFFReadEncodedStrip(m_handle.get(), block, to, room);
+    const tmsize_t got = m_directory.tiled ? TIFFReadEncodedTile(m_handle.get(), block, to, room)
+                                           : TIFFReadEncodedStrip(m_handle.get(), block, to, room);
     if (got == room && m_handle.complaint().empty()) return {};
     return fault(block, "less than that");
 }
@@ -119,8 +121,8 @@ ReadResult BlockDecoder::decodeWhole(std::uint32_t index, const Area& area, std:
         const auto plane =
             m_directory.planar ? static_cast<std::uint32_t>(m_pixels.wanted()[i]) : 0;
         const std::uint32_t block = plane * m_directory.across() * m_directory.down() + index;
-        if (ReadResult refusal = checkStored(block, bytes, m_directory.rowsInBlock(
-                                                               index / m_directory.across())))
+        if (ReadResult refusal =
+                checkStored(block, bytes, m_directory.rowsInBlock(index / m_directory.across())))
             return refusal;
         std::byte* const to = m_decoded.data() + i * bytes;
         if (ReadResult refusal = decodeInto(block, to, bytes)) return refusal;
@@ -215,18 +217,16 @@ ReadResult checkTiles(const TiffDirectory& d, const TiffPixels& pixels) {
     const std::uint64_t picture =
         saturatedProduct(saturatedProduct(d.width, d.height), planes * pixelBits) / 8;
     const std::uint64_t most = std::max(16 * kMiB, saturatedProduct(4, picture));
-    return !d.tiled || tile <= most
-               ? ReadResult{}
-               : refuse("tiles of at most " + std::to_string(most) + " bytes",
-                        std::to_string(tile) + " bytes");
+    return !d.tiled || tile <= most ? ReadResult{}
+                                    : refuse("tiles of at most " + std::to_string(most) + " bytes",
+                                             std::to_string(tile) + " bytes");
 }
 
 std::size_t threadsFor(std::uint64_t bytes, std::uint32_t blocks) {
     constexpr std::uint64_t kMostThreads = 16;
     const std::uint64_t processors = std::max(1U, std::thread::hardware_concurrency());
-    return static_cast<std::size_t>(
-        std::max<std::uint64_t>(1, std::min({processors, kMostThreads, bytes / kMiB,
-                                             std::uint64_t{blocks}})));
+    return static_cast<std::size_t>(std::max<std::uint64_t>(
+        1, std::min({processors, kMostThreads, bytes / kMiB, std::uint64_t{blocks}})));
 }
 
 }  // namespace
@@ -256,7 +256,8 @@ ReadResult decodeTiffBlocks(SharedSource& source, const TiffDirectory& directory
 }
 
 ReadResult decodeTiffThroughRgba(SharedSource& source, const TiffDirectory& d, std::byte* out) {
-    TiffHandle handle(source, decoderAllowance(source, saturatedProduct(d.width, d.blockHeight, 4)));
+    TiffHandle handle(source,
+                      decoderAllowance(source, saturatedProduct(d.width, d.blockHeight, 4)));
     const auto said = [&handle](const char* otherwise) {
         return handle.complaint().empty() ? std::string(otherwise) : handle.complaint();
     };
@@ -276,8 +277,7 @@ ReadResult decodeTiffThroughRgba(SharedSource& source, const TiffDirectory& d, s
     for (std::uint32_t y = 0; y < d.height; y += std::min(d.height - y, d.blockHeight)) {
         const std::uint32_t rows = std::min(d.height - y, d.blockHeight);
         image.row_offset = static_cast<int>(y);
-        if (!TIFFRGBAImageGet(&image, raster.data(), d.width, rows) ||
-            !handle.complaint().empty())
+        if (!TIFFRGBAImageGet(&image, raster.data(), d.width, rows) || !handle.complaint().empty())
             return refuse("pixels that decode", said("others"), "row " + std::to_string(y));
         for (std::size_t i = 0; i < std::size_t{d.width} * rows; ++i)
             for (unsigned shift = 0; shift < 24; shift += 8)

@@ -9,7 +9,8 @@
 namespace rb::imaging {
 namespace {
 
-/// A field of a handle; the value that the standard supplies when the file has none; else @p absent.
+/// A field of a handle; the value that the standard supplies when the file has none; else @p
+/// absent.
 template <typename Value>
 Value field(TIFF* tiff, std::uint32_t tag, Value absent) {
     Value value{};
@@ -38,18 +39,17 @@ ReadResult readSampleType(TIFF* tiff, TiffDirectory& d) {
             return refuseNumber("integer or floating-point samples", "sample format ", format);
     }
     if (d.type.kind != SampleKind::Float)
-        return bits >= 1 && bits <= 32
-                   ? ReadResult{}
-                   : refuseNumber("integer samples of 1 to 32 bits", "bits: ",
-                                  static_cast<std::uint64_t>(bits));
+        return bits >= 1 && bits <= 32 ? ReadResult{}
+                                       : refuseNumber("integer samples of 1 to 32 bits",
+                                                      "bits: ", static_cast<std::uint64_t>(bits));
     return bits == 16 || bits == 24 || bits == 32 || bits == 64
                ? ReadResult{}
-               : refuseNumber("floating-point samples of 16, 24, 32 or 64 bits", "bits: ",
-                              static_cast<std::uint64_t>(bits));
+               : refuseNumber("floating-point samples of 16, 24, 32 or 64 bits",
+                              "bits: ", static_cast<std::uint64_t>(bits));
 }
 
-/// Which sample is alpha: the first that is marked so; a single extra sample without a mark, too, as
-/// many programs do not write one.
+/// Which sample is alpha: the first that is marked so; a single extra sample without a mark, too,
+/// as many programs do not write one.
 int findAlpha(TIFF* tiff, const TiffDirectory& d) {
     const int extra = d.samples - d.colorSamples();
     std::uint16_t count = 0;
@@ -97,8 +97,7 @@ ReadResult readSeparated(TIFF* tiff, TiffDirectory& d) {
 }
 
 ReadResult readColor(TIFF* tiff, TiffDirectory& d) {
-    const auto photometric =
-        field<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC, guessedPhotometric(d));
+    const auto photometric = field<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC, guessedPhotometric(d));
     switch (photometric) {
         case PHOTOMETRIC_MINISWHITE:
             d.color = TiffColor::MinIsWhite;
@@ -122,8 +121,7 @@ ReadResult readColor(TIFF* tiff, TiffDirectory& d) {
             return {};
         case PHOTOMETRIC_CIELAB:
         case PHOTOMETRIC_ICCLAB:
-            d.color =
-                photometric == PHOTOMETRIC_CIELAB ? TiffColor::CieLab : TiffColor::IccLab;
+            d.color = photometric == PHOTOMETRIC_CIELAB ? TiffColor::CieLab : TiffColor::IccLab;
             return {};
         case PHOTOMETRIC_LOGL:
         case PHOTOMETRIC_LOGLUV:
@@ -131,8 +129,7 @@ ReadResult readColor(TIFF* tiff, TiffDirectory& d) {
             return d.compression->code == COMPRESSION_SGILOG ||
                            d.compression->code == COMPRESSION_SGILOG24
                        ? ReadResult{}
-                       : refuse("log-encoded colours in SGI log compression",
-                                d.compression->name);
+                       : refuse("log-encoded colours in SGI log compression", d.compression->name);
         default:
             return refuseNumber("a colour space that can be delivered",
                                 "photometric interpretation ", photometric);
@@ -143,15 +140,15 @@ ReadResult checkSamples(const TiffDirectory& d) {
     // A pixel of more samples would take more memory to decode than it is worth.
     constexpr int kMostInterleaved = 32;
     if (d.samples < d.colorSamples())
-        return refuseNumber("a sample for each colour", "samples: ",
-                            static_cast<std::uint64_t>(d.samples));
+        return refuseNumber("a sample for each colour",
+                            "samples: ", static_cast<std::uint64_t>(d.samples));
     if (!d.planar && d.samples > kMostInterleaved)
-        return refuseNumber("at most 32 samples side by side", "samples: ",
-                            static_cast<std::uint64_t>(d.samples));
+        return refuseNumber("at most 32 samples side by side",
+                            "samples: ", static_cast<std::uint64_t>(d.samples));
     const bool isFloat = d.type.kind == SampleKind::Float;
-    const bool takesFloat = d.color == TiffColor::MinIsWhite ||
-                            d.color == TiffColor::MinIsBlack || d.color == TiffColor::Rgb ||
-                            d.color == TiffColor::LogL || d.color == TiffColor::LogLuv;
+    const bool takesFloat = d.color == TiffColor::MinIsWhite || d.color == TiffColor::MinIsBlack ||
+                            d.color == TiffColor::Rgb || d.color == TiffColor::LogL ||
+                            d.color == TiffColor::LogLuv;
     if (isFloat && !takesFloat)
         return refuse("integer samples for CMYK, Lab and palette colours", "floating-point ones");
     return {};

@@ -62,7 +62,9 @@ struct TiffDirectory {
     /// Bytes of a decoded row of a block.
     std::uint64_t rowBytes() const {
         return (std::uint64_t{blockWidth} * static_cast<std::uint64_t>(samplesInBlock()) *
-                    static_cast<std::uint64_t>(type.bits) + 7) / 8;
+                    static_cast<std::uint64_t>(type.bits) +
+                7) /
+               8;
     }
     /// Rows that are stored in the blocks of block row @p row.
     std::uint32_t rowsInBlock(std::uint32_t row) const {

@@ -24,9 +24,9 @@ std::uint16_t halfFromWhite(std::uint16_t half) {
     return halfBitsFromFloatBits(std::bit_cast<std::uint32_t>(1 - value));
 }
 
-/// L*, a* and b* of one stored pixel. TIFF 6.0, section 23: L* over the whole range, a* and b* signed,
-/// with 8 more bits behind the unit in 16-bit files. Adobe TIFF Technical Note 4: a* and b* with an
-/// offset, and in 16-bit files 0xFF00 for an L* of 100.
+/// L*, a* and b* of one stored pixel. TIFF 6.0, section 23: L* over the whole range, a* and b*
+/// signed, with 8 more bits behind the unit in 16-bit files. Adobe TIFF Technical Note 4: a* and b*
+/// with an offset, and in 16-bit files 0xFF00 for an L* of 100.
 void decodeLab(const std::uint16_t* stored, bool wide, bool icc, float* lab) {
     const float unit = wide ? 256 : 1;
     const float white = !wide ? 255 : icc ? 65280 : 65535;
@@ -158,8 +158,8 @@ void TiffPixels::mixInks(TiffRows rows, std::size_t pixels, Scratch& scratch) co
     for (std::size_t i = 0; i < pixels; ++i) {
         const unsigned paper = 255U - scratch.bytes[4 * i + 3];
         for (std::size_t c = 0; c < 3; ++c)
-            scratch.rgb[3 * i + c] = static_cast<unsigned char>(
-                ((255U - scratch.bytes[4 * i + c]) * paper + 127) / 255);
+            scratch.rgb[3 * i + c] =
+                static_cast<unsigned char>(((255U - scratch.bytes[4 * i + c]) * paper + 127) / 255);
     }
 }
 
@@ -188,10 +188,10 @@ void TiffPixels::transformLab(TiffRows rows, std::size_t pixels, Scratch& scratc
     for (std::size_t i = 0; i < 3 * pixels; i += 3)
         decodeLab(scratch.words.data() + i, wide, icc, scratch.floats.data() + i);
     m_transform->apply(scratch.floats.data(), scratch.floats.data(), pixels);
-    std::transform(scratch.floats.begin(), scratch.floats.end(), scratch.rgb.begin(),
-                   [](float value) {
-                       return static_cast<unsigned char>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F);
-                   });
+    std::transform(
+        scratch.floats.begin(), scratch.floats.end(), scratch.rgb.begin(), [](float value) {
+            return static_cast<unsigned char>(std::clamp(value, 0.0F, 1.0F) * 255 + 0.5F);
+        });
 }
 
 void TiffPixels::copyRgbAndAlpha(TiffRows rows, std::size_t pixels, unsigned char* out,
@@ -206,8 +206,7 @@ void TiffPixels::convert(TiffRows rows, std::size_t pixels, std::byte* out,
                          Scratch& scratch) const {
     const ChannelType channel = layoutOf(m_format).type;
     auto* const bytes = reinterpret_cast<unsigned char*>(out);
-    if (channel == ChannelType::Float)
-        return toFloats(rows, pixels, reinterpret_cast<float*>(out));
+    if (channel == ChannelType::Float) return toFloats(rows, pixels, reinterpret_cast<float*>(out));
     if (channel == ChannelType::Half)
         return toHalves(rows, pixels, reinterpret_cast<std::uint16_t*>(out));
     if (m_directory.color == TiffColor::Palette) return expandPalette(rows, pixels, bytes, scratch);

@@ -1,7 +1,7 @@
 #pragma once
 
-/// @file  Samples of TIFF rows: unpacked from any number of bits and brought to the delivered range.
-/// Pure computation; nothing here knows the codec library.
+/// @file  Samples of TIFF rows: unpacked from any number of bits and brought to the delivered
+/// range. Pure computation; nothing here knows the codec library.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Writing of TIFF files: strips of 8-bit samples side by side, in DEFLATE with horizontal
-// differences (TIFF 6.0, section 14), which all current programs read. At level 1 it takes less time
-// and less space than LZW: 0.8 s and 27 MB against 1.0 s and 31 MB for a photograph of 4096 x 4096
-// pixels. TiffReader.cpp shows the layout of a file and names the sources.
+// differences (TIFF 6.0, section 14), which all current programs read. At level 1 it takes less
+// time and less space than LZW: 0.8 s and 27 MB against 1.0 s and 31 MB for a photograph of 4096 x
+// 4096 pixels. TiffReader.cpp shows the layout of a file and names the sources.
 
 #include <libdeflate.h>
 
