@@ -244,9 +244,9 @@ TEST(KVRPixelImageColor, bilevel_keeps_black_and_white) {
 TEST(KVRPixelImageColor, a_large_image_on_several_threads_equals_its_rows_on_one) {
     const int width = 1031, height = 1024;
     const Image whole = Image::Adopt(new KVRPixelImage(width, height, Format::RGBA));
-    for (int i = 0; i < 4 * width * height; ++i)
-        whole->GetPixelsToModify()[i] = static_cast<std::uint8_t>((i * 2654435761u) >> 24);
-    const std::size_t rowBytes = 4 * width;
+    for (unsigned i = 0; i < 4U * width * height; ++i)
+        whole->GetPixelsToModify()[i] = static_cast<std::uint8_t>((i * 2654435761U) >> 24);
+    const int rowBytes = 4 * width;
     std::vector<std::byte> expected;
     for (int y = 0; y < height; ++y) {
         const Image row = Image::Adopt(new KVRPixelImage(width, 1, Format::RGBA));

@@ -106,7 +106,11 @@ inline std::string writePortableMap(const TempFolder& folder, const std::string&
 /// endian).
 inline std::string decodedByConvert(const std::string& path, const std::string& channels,
                                     int bits = 8) {
-    return runProgram("convert " + shellWord(path) + " -depth " + std::to_string(bits) +
+    // A file that names its gamma would otherwise be converted to the usual one.
+    const std::string space = channels == "gray"   ? " -set colorspace Gray"
+                              : channels == "cmyk" ? ""
+                                                   : " -set colorspace sRGB";
+    return runProgram("convert " + shellWord(path) + space + " -depth " + std::to_string(bits) +
                       " -endian MSB " + channels + ":-");
 }
 
