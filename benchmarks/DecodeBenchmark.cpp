@@ -1,6 +1,9 @@
 // Reading of image files, beside the bare library underneath, called as briefly as it can be: the
 // same file, fresh memory, the same pixels. Writing of PNG beside libpng's defaults.
 
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+
 #include <Imath/half.h>
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
@@ -9,23 +12,19 @@
 #include <ImfOutputFile.h>
 #include <ImfThreading.h>
 #include <benchmark/benchmark.h>
-#include <jpeglib.h>
-#include <png.h>
-#include <tiffio.h>
-
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <jpeglib.h>
 #include <memory>
+#include <png.h>
 #include <random>
 #include <string>
 #include <thread>
+#include <tiffio.h>
 #include <vector>
-
-#include "RenderingBase/host/imaging/KVRLastImageError.h"
-#include "RenderingBase/host/imaging/KVRPixelImage.h"
 
 namespace {
 

@@ -2,9 +2,10 @@
 // the loop over Imath's functions that a user would write, and beside a memory copy that reads and
 // writes as many bytes together. All targets have been written to before they are measured.
 
+#include "RenderingBase/host/imaging/HalfArrays.h"
+
 #include <Imath/half.h>
 #include <benchmark/benchmark.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -12,8 +13,6 @@
 #include <random>
 #include <span>
 #include <vector>
-
-#include "RenderingBase/host/imaging/HalfArrays.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 /// change afterwards; a few are read where they are needed. No setting is interpreted here: the
 /// code that uses one does (mostly, whether it is defined at all). An empty variable is defined.
 
-#include <span>
-
 #include "RenderingBase/host/base/KVRExport.h"
+
+#include <span>
 
 /// A class of static operations; there are no objects of it. Threads: any.
 class KVR_EXPORT KVRRbaSettings {

@@ -8,10 +8,10 @@
 ///     const openexr_half stored = float_to_half(0.1f);   // stored.bits() == 0x2e66
 ///     const float loaded = half_to_float(stored);        // 0.0999755859375f
 
+#include "RenderingBase/host/base/KVRExport.h"
+
 #include <array>
 #include <cstdint>
-
-#include "RenderingBase/host/base/KVRExport.h"
 
 /// The bits of one IEEE 754 binary16 number, as half-float images store their pixels.
 ///

@@ -1,12 +1,11 @@
 #include "tests/cli/RunRba.h"
 
+#include <algorithm>
+#include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cstring>
 
 namespace rb::test {
 namespace {

@@ -1,10 +1,9 @@
 #include "tests/cli/RunRba.h"
 
-#include <signal.h>
-#include <unistd.h>
-
 #include <regex>
 #include <set>
+#include <signal.h>
+#include <unistd.h>
 
 namespace rb::test {
 namespace {

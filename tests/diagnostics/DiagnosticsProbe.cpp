@@ -5,14 +5,14 @@
 //                                   lines "accessor NAME=VALUE" and "all NAME=VALUE", or
 //                                   "NAME undefined" for null
 
+#include "RenderingBase/KVRRbaModel.m/src/KVRRbaTraceLog.h"
+#include "RenderingBase/public/KVRRbaSettings.h"
+
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <string>
 #include <string_view>
-
-#include "RenderingBase/KVRRbaModel.m/src/KVRRbaTraceLog.h"
-#include "RenderingBase/public/KVRRbaSettings.h"
 
 namespace {
 

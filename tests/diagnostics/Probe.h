@@ -1,10 +1,10 @@
 #pragma once
 
-#include <map>
-#include <string>
-
 #include "RenderingBase/public/KVRRbaSettings.h"
 #include "tests/support/ForeignPrograms.h"
+
+#include <map>
+#include <string>
 
 namespace rb::test {
 

@@ -1,14 +1,13 @@
-#include <gtest/gtest.h>
+#include "RenderingBase/public/KVRRbaSettings.h"
+#include "tests/diagnostics/Probe.h"
+#include "tests/support/TempFolder.h"
 
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "RenderingBase/public/KVRRbaSettings.h"
-#include "tests/diagnostics/Probe.h"
-#include "tests/support/TempFolder.h"
 
 namespace {
 

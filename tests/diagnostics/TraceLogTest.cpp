@@ -4,10 +4,11 @@
 inline const auto g_beforeTheLog = std::chrono::steady_clock::now();
 
 #include "RenderingBase/KVRRbaModel.m/src/KVRRbaTraceLog.h"
-
-#include <gtest/gtest.h>
+#include "tests/diagnostics/Probe.h"
+#include "tests/support/LoadTimeEnvironment.h"
 
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <iomanip>
 #include <iostream>
 #include <locale>
@@ -16,9 +17,6 @@ inline const auto g_beforeTheLog = std::chrono::steady_clock::now();
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "tests/diagnostics/Probe.h"
-#include "tests/support/LoadTimeEnvironment.h"
 
 namespace {
 
@@ -143,6 +141,33 @@ struct InterruptingPart {
         return "second";
     }
 };
+
+TEST(TraceLog, shows_no_time_below_one_millisecond) {
+    using std::chrono::microseconds;
+    EXPECT_EQ(rb::trace::Log::wholeMilliseconds(microseconds(0)), 0);
+    EXPECT_EQ(rb::trace::Log::wholeMilliseconds(microseconds(999)), 0);
+    EXPECT_EQ(rb::trace::Log::wholeMilliseconds(microseconds(1000)), 1);
+    EXPECT_EQ(rb::trace::Log::wholeMilliseconds(microseconds(2999)), 2);
+}
+
+TEST(TraceLog, flushes_every_line) {
+    struct CountingBuffer : std::stringbuf {
+        int sync() override {
+            textAtFlush = str();
+            return ++flushes, 0;
+        }
+        int flushes = 0;
+        std::string textAtFlush;
+    } buffer;
+    std::streambuf* const before = std::cout.rdbuf(&buffer);
+    rb::trace::write(kError, "f", " ", 1, " ", "first");
+    const int flushesOfFirst = buffer.flushes;
+    rb::trace::write(kError, "f", " ", 2, " ", "second");
+    std::cout.rdbuf(before);
+    EXPECT_EQ(flushesOfFirst, 1);
+    EXPECT_EQ(buffer.flushes, 2);
+    EXPECT_TRUE(buffer.textAtFlush.ends_with(" f 2 second\n")) << buffer.textAtFlush;
+}
 
 TEST(TraceLog, holds_the_lock_for_single_pieces_only) {
     EXPECT_EQ(written([] {

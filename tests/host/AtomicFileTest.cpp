@@ -1,14 +1,12 @@
 #include "RenderingBase/host/files/AtomicFile.h"
-
-#include <gtest/gtest.h>
-#include <sys/stat.h>
+#include "tests/support/TempFolder.h"
 
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <string>
-
-#include "tests/support/TempFolder.h"
+#include <sys/stat.h>
 
 namespace {
 
@@ -79,4 +77,26 @@ TEST(AtomicFile, has_the_permissions_of_a_file_made_by_the_user) {
     const mode_t mask = umask(0);
     umask(mask);
     EXPECT_EQ(static_cast<mode_t>(fs::status(folder.file("new.txt")).permissions()), 0666 & ~mask);
+}
+
+TEST(AtomicFile, takes_the_longest_name_that_the_system_has) {
+    const rb::test::TempFolder folder;
+    const std::string path = folder.file(std::string(255, 'n'));
+    AtomicFile file(path);
+    std::fputs("hello", file.stream());
+    ASSERT_TRUE(file.commit()) << file.reason();
+    EXPECT_EQ(content(path), "hello");
+}
+
+TEST(AtomicFile, replaces_what_a_link_leads_to_and_keeps_link_and_mode) {
+    const rb::test::TempFolder folder;
+    const std::string target = folder.write("target.txt", "old");
+    fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("target.txt", folder.path() / "link.txt");
+    AtomicFile file(folder.file("link.txt"));
+    std::fputs("new", file.stream());
+    ASSERT_TRUE(file.commit()) << file.reason();
+    EXPECT_TRUE(fs::is_symlink(folder.path() / "link.txt"));
+    EXPECT_EQ(content(target), "new");
+    EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }

@@ -11,10 +11,9 @@
 
 #include <array>
 #include <csignal>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 using rb::test::ChildProcess;
 using rb::test::EnvironmentVariable;

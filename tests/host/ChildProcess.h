@@ -1,13 +1,12 @@
 #pragma once
 
+#include <fcntl.h>
 #include <stdexcept>
 #include <string>
-#include <utility>
-#include <vector>
-
-#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace rb::test {
 

@@ -1,15 +1,13 @@
 #include "RenderingBase/host/modeler/KVRExternalObject.h"
-
 #include "RenderingBase/host/modeler/KVRModeler.h"
 #include "tests/host/ChildProcess.h"
 #include "tests/host/ModelerTypes.h"
 #include "tests/support/TempFolder.h"
 
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 #include <utility>
-
-#include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
 using rb::test::ChildProcess;

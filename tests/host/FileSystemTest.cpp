@@ -1,18 +1,16 @@
 #include "RenderingBase/host/files/KVRFileSystem.h"
-
 #include "RenderingBase/host/files/KVRPath.h"
 #include "tests/host/ChildProcess.h"
 #include "tests/support/TempFolder.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <limits>
 #include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <vector>
 
 namespace fs = std::filesystem;
 using rb::test::asOrdinaryUser;

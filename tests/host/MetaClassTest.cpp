@@ -1,13 +1,11 @@
-#include "RenderingBase/host/modeler/KVRMetaClass.h"
-
 #include "RenderingBase/host/modeler/KVRClass.h"
+#include "RenderingBase/host/modeler/KVRMetaClass.h"
 #include "RenderingBase/host/modeler/KVRModeler.h"
 
+#include <gtest/gtest.h>
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 

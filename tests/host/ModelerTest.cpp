@@ -1,15 +1,13 @@
 #include "RenderingBase/host/modeler/KVRModeler.h"
-
 #include "tests/host/ModelerTypes.h"
 
 #include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 #include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 

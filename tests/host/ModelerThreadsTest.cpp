@@ -1,14 +1,12 @@
 #include "RenderingBase/host/modeler/KVRModeler.h"
-
 #include "tests/host/ModelerTypes.h"
 
 #include <atomic>
+#include <gtest/gtest.h>
 #include <latch>
 #include <mutex>
 #include <thread>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -167,15 +165,18 @@ TEST(KVRModelerThreads, queries_do_not_wait_for_the_guard) {
 }
 
 TEST(KVRModelerThreads, registration_waits_for_the_guard) {
-    std::atomic<bool> registered{false};
+    std::atomic<bool> started{false}, registered{false};
     std::thread registering;
     {
         const std::scoped_lock guard(KVRModeler::Guard());
         registering = std::thread([&] {
+            started = true;
             KVRModeler::BindComponent("KVRThreadsTestLate", &KVRMake<Shared>);
             registered = true;
         });
         KVRModeler::BindComponent("KVRThreadsTestMine", &KVRMake<Shared>);  // the holder goes on
+        while (!started) std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));  // time to go wrong
         EXPECT_EQ(KVRModeler::Create("KVRThreadsTestLate"), nullptr);
         EXPECT_FALSE(registered);
     }

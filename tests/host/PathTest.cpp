@@ -1,15 +1,13 @@
 #include "RenderingBase/host/files/KVRPath.h"
-
 #include "RenderingBase/host/files/ZWTSysPath.h"
 #include "tests/host/ChildProcess.h"
 #include "tests/support/TempFolder.h"
 
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <utility>
-
-#include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
 using rb::test::TempFolder;
@@ -88,11 +86,13 @@ TEST(KVRGetRealPath, works_for_what_does_not_exist) {
     const TempFolder folder;
     const std::string root = fs::canonical(folder.path()).string();
     folder.write("file.png");
-    fs::create_symlink("nowhere", folder.path() / "dangling");
+    fs::create_symlink("no/../nowhere", folder.path() / "dangling");
+    fs::create_symlink("dangling", folder.path() / "twice");
     EXPECT_EQ(nativeRealPath(root + "/no/such/../file.png"), root + "/no/file.png");
     EXPECT_EQ(nativeRealPath(root + "/no/such/"), root + "/no/such");
     EXPECT_EQ(nativeRealPath(root + "/file.png/below"), root + "/file.png/below");
-    EXPECT_EQ(nativeRealPath(root + "/dangling"), root + "/dangling");
+    EXPECT_EQ(nativeRealPath(root + "/dangling"), root + "/nowhere");
+    EXPECT_EQ(nativeRealPath(root + "/twice"), root + "/nowhere");
     const std::string here = fs::canonical(fs::current_path()).string();
     EXPECT_EQ(nativeRealPath("rb-no-such-file.png"), here + "/rb-no-such-file.png");
     const std::string longName(5000, 'x');

@@ -1,5 +1,4 @@
 #include "RenderingBase/host/app/KVRSettingRepository.h"
-
 #include "tests/host/ChildProcess.h"
 #include "tests/host/EnvironmentVariable.h"
 #include "tests/support/TempFolder.h"
@@ -8,12 +7,11 @@
 #include <climits>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <random>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
 using rb::test::ChildProcess;

@@ -1,14 +1,12 @@
+#include "RenderingBase/host/base/KVRString.h"
 #include "RenderingBase/host/base/KVRUnicodeString.h"
 
-#include "RenderingBase/host/base/KVRString.h"
-
 #include <climits>
+#include <gtest/gtest.h>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 using namespace std::string_literals;
 

@@ -1,13 +1,12 @@
 // Bitmaps that are written: other programs read the pixels back, the headers are looked at by hand.
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-#include <vector>
-
 #include "tests/image/ImageFiles.h"
 #include "tests/support/ForeignPrograms.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -1,9 +1,8 @@
 #include "RenderingBase/host/imaging/KVRColorConversions.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,18 +1,17 @@
-#include <gtest/gtest.h>
-#include <lcms2.h>
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "tests/support/ForeignPrograms.h"
+#include "tests/support/TempFolder.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <gtest/gtest.h>
+#include <lcms2.h>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "RenderingBase/host/imaging/KVRLastImageError.h"
-#include "RenderingBase/host/imaging/KVRPixelImage.h"
-#include "tests/support/ForeignPrograms.h"
-#include "tests/support/TempFolder.h"
 
 namespace {
 

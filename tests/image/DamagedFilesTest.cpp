@@ -1,19 +1,18 @@
 // Every format, cut short and with flipped bytes: refused or delivered, never a crash, a hang or an
 // allocation that the size of the file does not justify. Meant for the sanitizers above all.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <cstring>
-#include <random>
-#include <string>
-#include <vector>
-
 #include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "tests/support/AddressSpace.h"
 #include "tests/support/ForeignPrograms.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -1,5 +1,9 @@
 // OpenEXR files: of another program, and with everything the codec library can write.
 
+#include "tests/image/ImageFiles.h"
+#include "tests/support/AddressSpace.h"
+#include "tests/support/ForeignPrograms.h"
+
 #include <ImfArray.h>
 #include <ImfChannelList.h>
 #include <ImfDeepFrameBuffer.h>
@@ -14,17 +18,12 @@
 #include <ImfStandardAttributes.h>
 #include <ImfStringVectorAttribute.h>
 #include <ImfTiledOutputFile.h>
-#include <gtest/gtest.h>
-
 #include <bit>
 #include <cmath>
+#include <gtest/gtest.h>
 #include <map>
 #include <string>
 #include <vector>
-
-#include "tests/image/ImageFiles.h"
-#include "tests/support/AddressSpace.h"
-#include "tests/support/ForeignPrograms.h"
 
 namespace {
 

@@ -1,17 +1,15 @@
 #include "RenderingBase/host/imaging/HalfArrays.h"
-
-#include <gtest/gtest.h>
+#include "tests/image/ReferenceHalf.h"
 
 #include <algorithm>
 #include <cfenv>
 #include <cstddef>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <random>
 #include <span>
 #include <string>
 #include <vector>
-
-#include "tests/image/ReferenceHalf.h"
 
 #if defined(__x86_64__)
 #include <immintrin.h>

@@ -1,17 +1,16 @@
-#include <gtest/gtest.h>
+#include "RenderingBase/host/imaging/HalfArrays.h"
+#include "RenderingBase/public/openexr_half.h"
+#include "tests/image/ReferenceHalf.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cfenv>
 #include <cstddef>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <span>
 #include <thread>
 #include <vector>
-
-#include "RenderingBase/host/imaging/HalfArrays.h"
-#include "RenderingBase/public/openexr_half.h"
-#include "tests/image/ReferenceHalf.h"
 
 namespace {
 

@@ -1,16 +1,15 @@
-#include <Imath/half.h>
-#include <gtest/gtest.h>
+#include "RenderingBase/public/openexr_half.h"
+#include "tests/image/ReferenceHalf.h"
 
+#include <Imath/half.h>
 #include <cfenv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <gtest/gtest.h>
 #include <limits>
 #include <random>
-
-#include "RenderingBase/public/openexr_half.h"
-#include "tests/image/ReferenceHalf.h"
 
 #if defined(__x86_64__)
 #include <immintrin.h>

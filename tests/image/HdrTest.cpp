@@ -1,15 +1,14 @@
 // Radiance pictures: of other programs, and made by hand.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <string>
-#include <vector>
-
 #include "tests/image/ImageFiles.h"
 #include "tests/support/AddressSpace.h"
 #include "tests/support/ForeignPrograms.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace {
 

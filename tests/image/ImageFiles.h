@@ -2,17 +2,16 @@
 
 /// @file  Loading images in tests and looking at their pixels.
 
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <cstring>
-#include <string>
-#include <vector>
-
 #include "RenderingBase/host/imaging/HalfArrays.h"
 #include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRMMRasterAdministrator.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
+
+#include <cstddef>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace rb::test {
 

@@ -1,18 +1,18 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
-
 #include "RenderingBase/host/app/KVRSettingRepository.h"
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
 #include "tests/support/LoadTimeEnvironment.h"
 #include "tests/support/TempFolder.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -351,6 +351,21 @@ TEST_F(FindImage, follows_links_and_judges_what_they_lead_to) {
     EXPECT_EQ(find(1, "looks-like.txt"), (Answer{0, real("real/oak.png")}));
     EXPECT_EQ(find(1, "looks-like.png"), kRejected);
     EXPECT_EQ(find(1, "real\\..\\folder\\.\\oak.png"), (Answer{0, real("real/oak.png")}));
+}
+
+TEST_F(FindImage, searches_for_the_name_that_a_link_to_nothing_leads_to) {
+    make("catalog/oak.png");
+    setCatalogPath("catalog");
+    std::filesystem::create_symlink("gone/oak.png", "link.gif");
+    EXPECT_EQ(find(1, "link.gif"), (Answer{0, "catalog\\oak.png"}));
+}
+
+TEST_F(FindImage, takes_no_notice_of_the_document) {
+    make("oak.png");
+    KVRUnicodeString found;
+    const auto document =
+        KVRVar<KVRBaseUnknown>::Adopt(new KVRPixelImage(1, 1, KVRPixelImageFormat::L));
+    EXPECT_EQ(KVRRbaImageServices::FindImageInPaths(1, "oak.png", found, document.Get()), 0);
 }
 
 TEST_F(FindImage, finds_a_relative_an_absolute_and_a_non_ascii_path) {

@@ -1,4 +1,9 @@
-#include <gtest/gtest.h>
+#include "RenderingBase/KVRRbaModel.m/src/LoadedFormat.h"
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "RenderingBase/public/KVRRbaImageServices.h"
+#include "tests/support/LoadTimeEnvironment.h"
+#include "tests/support/TempFolder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,15 +11,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <limits>
 #include <string>
 #include <vector>
-
-#include "RenderingBase/host/imaging/KVRLastImageError.h"
-#include "RenderingBase/host/imaging/KVRPixelImage.h"
-#include "RenderingBase/public/KVRRbaImageServices.h"
-#include "tests/support/LoadTimeEnvironment.h"
-#include "tests/support/TempFolder.h"
 
 namespace {
 
@@ -150,6 +150,13 @@ TEST(CreatePixelImageFromFullPath, gives_rgb_and_rgba_and_leaves_other_formats) 
     EXPECT_TRUE(half->GetPixelsBufferToRead());
 }
 
+TEST(CreatePixelImageFromFullPath, turns_every_order_of_colours_into_rgb_or_rgba) {
+    for (int code = 0; code <= 20; ++code) {
+        const int expected = code == 6 ? 2 : code >= 7 && code <= 9 ? 3 : code;
+        EXPECT_EQ(static_cast<int>(rb::loadedFormat(static_cast<Format>(code))), expected);
+    }
+}
+
 TEST(CreatePixelImageFromFullPath, applies_an_embedded_profile) {
     unsetenv(kProfileSwitch);
     const TempFolder folder;
@@ -273,6 +280,12 @@ TEST(ImageSizes, compute_size_px_rounds_halves_away_from_zero) {
     EXPECT_EQ(Services::ComputeSizePx(12.7F, -5), -3);
     EXPECT_EQ(Services::ComputeSizePx(25.4F, 0), 0);
     EXPECT_EQ(Services::ComputeSizePx(0.0F, 300), 0);
+}
+
+TEST(ImageSizes, are_computed_in_single_precision) {
+    // 2^24 + 1 is the first whole number that single precision does not have.
+    EXPECT_EQ(Services::ComputeSizePx(25.4F, 16777217), 16777216);
+    EXPECT_EQ(Services::InferDpi(16777217, 25.4F), 16777216);
 }
 
 TEST(ImageSizes, stay_in_the_range_of_int) {

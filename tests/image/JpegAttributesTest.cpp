@@ -1,13 +1,12 @@
 // What JPEG files say beside their pixels, and JPEG files of ours as others read them.
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/image/ImageFiles.h"
 #include "tests/image/JpegBuilder.h"
 #include "tests/support/ForeignPrograms.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace {
 

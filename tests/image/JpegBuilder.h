@@ -2,13 +2,10 @@
 
 /// @file  JPEG files of every kind that the bare codec library can write, and segments by hand.
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
-
-#include <jpeglib.h>
-
 #include <cstdlib>
+#include <gtest/gtest.h>
+#include <jpeglib.h>
 #include <string>
 
 namespace rb::test {

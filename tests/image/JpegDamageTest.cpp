@@ -1,14 +1,13 @@
 // JPEG files that are not as they should be: which are refused, with which reason, and which are
 // not.
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/image/ImageFiles.h"
 #include "tests/image/JpegBuilder.h"
 #include "tests/support/ForeignPrograms.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace {
 

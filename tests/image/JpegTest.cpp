@@ -1,17 +1,16 @@
 // Pixels of JPEG files: every kind of coding, every kind of colours.
 
-#include <gtest/gtest.h>
-#include <lcms2.h>
+#include "tests/image/ImageFiles.h"
+#include "tests/image/JpegBuilder.h"
+#include "tests/support/ForeignPrograms.h"
 
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <gtest/gtest.h>
+#include <lcms2.h>
 #include <string>
 #include <vector>
-
-#include "tests/image/ImageFiles.h"
-#include "tests/image/JpegBuilder.h"
-#include "tests/support/ForeignPrograms.h"
 
 namespace {
 

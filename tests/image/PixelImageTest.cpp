@@ -1,16 +1,14 @@
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
-
-#include <gtest/gtest.h>
+#include "RenderingBase/host/imaging/KVRStream.h"
+#include "RenderingBase/public/openexr_half.h"
 
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <gtest/gtest.h>
 #include <limits>
 #include <string>
 #include <vector>
-
-#include "RenderingBase/host/imaging/KVRStream.h"
-#include "RenderingBase/public/openexr_half.h"
 
 namespace {
 
@@ -64,14 +62,13 @@ public:
 }  // namespace
 
 TEST(KVRPixelImage, codes_are_those_that_applications_know) {
-    EXPECT_EQ(static_cast<int>(Format::RGB), 2);
-    EXPECT_EQ(static_cast<int>(Format::RGBA), 3);
-    EXPECT_EQ(static_cast<int>(Format::RGB_f), 10);
-    EXPECT_EQ(static_cast<int>(Format::RGBA_f), 11);
-    EXPECT_EQ(static_cast<int>(Format::L_f), 14);
-    EXPECT_EQ(static_cast<int>(Format::L_f16), 15);
-    EXPECT_EQ(static_cast<int>(Format::RGB_f16), 17);
-    EXPECT_EQ(static_cast<int>(Format::RGBA_f16), 19);
+    const Format inOrder[] = {Format::L,       Format::LA,      Format::RGB,     Format::RGBA,
+                              Format::Bilevel, Format::None,    Format::BGR,     Format::BGRA,
+                              Format::ARGB,    Format::ABGR,    Format::RGB_f,   Format::RGBA_f,
+                              Format::RGB_16,  Format::RGBA_16, Format::L_f,     Format::L_f16,
+                              Format::L_16,    Format::RGB_f16, Format::BGR_f16, Format::RGBA_f16,
+                              Format::BGRA_f16};
+    for (int code = 0; code <= 20; ++code) EXPECT_EQ(static_cast<int>(inOrder[code]), code);
     for (const Format format : kFormats)
         EXPECT_GT(rb::imaging::layoutOf(format).channels, 0) << static_cast<int>(format);
 }
@@ -157,6 +154,25 @@ TEST(KVRPixelImage, adopts_bytes_and_floats_and_views_without_freeing) {
     EXPECT_EQ(mine[1], 80);
 }
 
+TEST(KVRPixelImage, views_floats_without_freeing) {
+    std::vector<float> floats(6, 0.5F);
+    {
+        const Image view = Image::Adopt(
+            new KVRPixelImage(2, 1, Format::RGB_f, floats.data(), KVRPixelDealloc::Viewed));
+        EXPECT_EQ(view->GetFloatingPixelsToRead(), floats.data());
+        view->GetFloatingPixelsToModify()[5] = 2;
+    }
+    EXPECT_EQ(floats[5], 2);
+}
+
+TEST(KVRPixelImage, knows_its_class) {
+    const Image image = made(1, 1, Format::L);
+    EXPECT_STREQ(image->IsA(), "KVRPixelImage");
+    EXPECT_TRUE(image->IsAKindOf("KVRPixelImage"));
+    EXPECT_TRUE(image->IsAKindOf("KVRBaseUnknown"));
+    EXPECT_FALSE(image->IsAKindOf("KVRMMColorProfile"));
+}
+
 TEST(KVRPixelImage, a_copy_is_deep_and_carries_everything) {
     const Image image = bytes(1, 2, Format::LA, {1, 2, 3, 4});
     image->SetResolution(100, 50, 3);
@@ -193,6 +209,8 @@ TEST(KVRPixelImage, pixel_size_follows_the_unit) {
     image->SetResolution(100, 100, 3);
     EXPECT_FLOAT_EQ(image->GetXPixelSize(), 0.1f);
     image->SetResolution(100, 100, 1);
+    EXPECT_EQ(image->GetXPixelSize(), 0.0f);
+    image->SetResolution(100, 100, 7);  // no unit that there is
     EXPECT_EQ(image->GetXPixelSize(), 0.0f);
     image->SetResolution(-1, 1, 2);
     EXPECT_EQ(image->GetXPixelSize(), 0.0f);
@@ -327,9 +345,24 @@ TEST(KVRPixelImage, streams_round_trip) {
     EXPECT_EQ(bytesOf(other), bytesOf(image));
 }
 
+TEST(KVRPixelImage, unstreaming_forgets_what_the_stream_does_not_have) {
+    MemoryStream stream;
+    ASSERT_EQ(bytes(1, 1, Format::L, {1})->Stream(stream), S_OK);
+    const Image other = made(9, 9, Format::L);
+    other->SetResolution(72, 72, 2);
+    other->SetMetadata("key", "value");
+    other->AssignColorProfile(nullptr, 0);
+    ASSERT_EQ(other->UnStream(stream), S_OK);
+    KVRUnicodeString value;
+    EXPECT_EQ(other->GetMetadata("key", value), E_FAIL);
+    EXPECT_EQ(other->GetXResolution(), 0);
+    EXPECT_EQ(other->GetColorProfile(), nullptr);
+}
+
 TEST(KVRPixelImage, a_broken_stream_leaves_the_image) {
     for (const std::string& content : {std::string(), std::string(5, '\1'), std::string(12, '\x7F'),
-                                       std::string("\1\0\0\0\1\0\0\0\2\0\0\0ab", 14)}) {
+                                       std::string("\1\0\0\0\1\0\0\0\2\0\0\0ab", 14),
+                                       std::string("\xff\xff\xff\xff\1\0\0\0\0\0\0\0", 12)}) {
         MemoryStream stream;
         stream.m_bytes = content;
         const Image image = bytes(1, 1, Format::L, {7});

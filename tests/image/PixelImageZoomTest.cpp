@@ -1,9 +1,8 @@
-#include <gtest/gtest.h>
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
 
 #include <cstring>
+#include <gtest/gtest.h>
 #include <vector>
-
-#include "RenderingBase/host/imaging/KVRPixelImage.h"
 
 namespace {
 
@@ -123,4 +122,50 @@ TEST(KVRPixelImageZoom, the_resolution_follows_so_that_the_picture_keeps_its_siz
     EXPECT_EQ(half->GetXResolution(), 150);
     EXPECT_EQ(half->GetYResolution(), 600);
     EXPECT_EQ(half->GetResolutionUnit(), 2);
+}
+
+// Rows of one pixel that become wide, and many of them that become few: the filter must hold all
+// rows under a target row, thousands of megabytes if it held them at full width.
+TEST(KVRPixelImageZoom, filtered_takes_extreme_ratios) {
+    constexpr int kHigh = 32768, kWide = 16384;
+    const Image ramp = Image::Adopt(new KVRPixelImage(1, kHigh, Format::RGBA_f));
+    for (int y = 0; y < kHigh; ++y)
+        for (int c = 0; c < 4; ++c)
+            ramp->GetFloatingPixelsToModify()[4 * y + c] = c == 3 ? 1.0F : static_cast<float>(y);
+    const Image wide = zoomed(ramp, kWide, 4, kFiltered);
+    ASSERT_TRUE(wide);
+    const float* out = wide->GetFloatingPixelsToRead();
+    // The two middle rows lie far enough from the ends for the triangle to balance on its centre.
+    EXPECT_NEAR(out[4 * kWide], kHigh * 0.375, 1);
+    EXPECT_NEAR(out[4 * 2 * kWide], kHigh * 0.625, 1);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 1; x < kWide; ++x)
+            ASSERT_EQ(out[4 * (y * kWide + x)], out[4 * y * kWide]) << x << ", " << y;
+    EXPECT_TRUE(
+        zoomed(Image::Adopt(new KVRPixelImage(1, 524288, Format::RGBA)), kWide, 64, kFiltered));
+}
+
+// Wide enough to be worked on in slices of columns, beside the same without any rows to hold.
+TEST(KVRPixelImageZoom, filtered_slices_fit_together) {
+    constexpr int kFrom = 8, kHigh = 65536, kWide = 8192;
+    const Image one = Image::Adopt(new KVRPixelImage(kFrom, 1, Format::L_f));
+    const Image many = Image::Adopt(new KVRPixelImage(kFrom, kHigh, Format::L_f));
+    for (int i = 0; i < kFrom * kHigh; ++i)
+        many->GetFloatingPixelsToModify()[i] = static_cast<float>(i % kFrom * (i % kFrom));
+    for (int x = 0; x < kFrom; ++x) one->GetFloatingPixelsToModify()[x] = static_cast<float>(x * x);
+    const Image expected = zoomed(one, kWide, 1, kFiltered);
+    const Image sliced = zoomed(many, kWide, 1, kFiltered);
+    ASSERT_TRUE(expected && sliced);
+    for (int x = 0; x < kWide; ++x)
+        ASSERT_NEAR(sliced->GetFloatingPixelsToRead()[x], expected->GetFloatingPixelsToRead()[x],
+                    0.001)
+            << x;
+}
+
+TEST(KVRPixelImageZoom, filtered_refuses_sides_beyond_its_precision) {
+    const Image image = grey(1, 1, {5});
+    EXPECT_EQ(image->CreateZoomedImage((1 << 20) + 1, 1, kFiltered), nullptr);
+    EXPECT_TRUE(zoomed(image, 1 << 20, 1, kFiltered));
+    const Image high = Image::Adopt(new KVRPixelImage(1, (1 << 20) + 1, Format::L));
+    EXPECT_EQ(high->CreateZoomedImage(1, 1, kFiltered), nullptr);
 }

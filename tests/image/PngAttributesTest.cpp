@@ -1,15 +1,14 @@
 // What PNG files say beside their pixels, and PNG files of ours as others read them.
 
-#include <gtest/gtest.h>
+#include "tests/image/ImageFiles.h"
+#include "tests/image/PngBuilder.h"
+#include "tests/support/ForeignPrograms.h"
 
+#include <gtest/gtest.h>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "tests/image/ImageFiles.h"
-#include "tests/image/PngBuilder.h"
-#include "tests/support/ForeignPrograms.h"
 
 namespace {
 

@@ -1,16 +1,15 @@
 // PNG files of other encoders: every colour type and depth, with the pixels that went in.
 
-#include <gtest/gtest.h>
+#include "tests/image/ImageFiles.h"
+#include "tests/image/PngBuilder.h"
+#include "tests/support/ForeignPrograms.h"
 
 #include <algorithm>
+#include <gtest/gtest.h>
 #include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
-
-#include "tests/image/ImageFiles.h"
-#include "tests/image/PngBuilder.h"
-#include "tests/support/ForeignPrograms.h"
 
 namespace {
 

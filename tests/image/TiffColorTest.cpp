@@ -1,16 +1,15 @@
 // Colours of TIFF files that are not RGB: inks, Lab, luminance and chroma, logarithms.
 
-#include <gtest/gtest.h>
-#include <lcms2.h>
+#include "tests/image/ImageFiles.h"
+#include "tests/image/TiffBuilder.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <gtest/gtest.h>
+#include <lcms2.h>
 #include <string>
 #include <vector>
-
-#include "tests/image/ImageFiles.h"
-#include "tests/image/TiffBuilder.h"
 
 namespace {
 

@@ -1,16 +1,15 @@
 // TIFF files that are wrong: each is refused with its reason, before anything large is allocated,
 // and the codec library prints nothing.
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "tests/image/ImageFiles.h"
 #include "tests/image/TiffBuilder.h"
 #include "tests/support/AddressSpace.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 

@@ -1,16 +1,15 @@
 // TIFF files made by hand: what the programs at hand do not write.
 
-#include <gtest/gtest.h>
-
-#include <bit>
-#include <cmath>
-#include <limits>
-#include <string>
-#include <vector>
-
 #include "tests/image/ImageFiles.h"
 #include "tests/image/TiffBuilder.h"
 #include "tests/support/ForeignPrograms.h"
+
+#include <bit>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+#include <vector>
 
 namespace {
 

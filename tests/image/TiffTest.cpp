@@ -1,14 +1,13 @@
 // TIFF files of other programs: every compression, depth, arrangement and byte order.
 
-#include <gtest/gtest.h>
+#include "tests/image/ImageFiles.h"
+#include "tests/support/ForeignPrograms.h"
 
 #include <algorithm>
 #include <cmath>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
-
-#include "tests/image/ImageFiles.h"
-#include "tests/support/ForeignPrograms.h"
 
 namespace {
 

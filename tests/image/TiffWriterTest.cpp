@@ -1,13 +1,12 @@
 // TIFF files that are written: other programs and our own reader read them back.
 
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <string>
-#include <vector>
-
 #include "tests/image/ImageFiles.h"
 #include "tests/support/ForeignPrograms.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -1,10 +1,10 @@
 // Loads the image named on the command line, tells its size and puts a half through the codec.
-#include <cstdio>
-
 #include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
 #include "RenderingBase/public/openexr_half.h"
+
+#include <cstdio>
 
 int main(int argc, char** argv) {
     if (argc != 2) return 2;

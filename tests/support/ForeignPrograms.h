@@ -10,14 +10,13 @@
 ///     shellWord(folder.file("a.png"))); EXPECT_EQ(decodedByConvert(folder.file("a.png"), "rgb",
 ///     16), picture.samples);
 
-#include <sys/wait.h>
+#include "tests/support/TempFolder.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
-
-#include "tests/support/TempFolder.h"
+#include <sys/wait.h>
 
 namespace rb::test {
 

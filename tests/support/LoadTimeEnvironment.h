@@ -1,11 +1,10 @@
 #pragma once
 
-#include <unistd.h>
-
 #include <cstdlib>
 #include <initializer_list>
 #include <stdexcept>
 #include <string_view>
+#include <unistd.h>
 
 namespace rb::test {
 

@@ -11,12 +11,12 @@
 ///         addArgument(command, "PATH", arguments.paths, "Image files");
 ///     }
 
+#include "tools/rba/Context.h"
+#include "tools/rba/Precompiled.h"
+
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "tools/rba/Context.h"
-#include "tools/rba/Precompiled.h"
 
 namespace rb::cli {
 

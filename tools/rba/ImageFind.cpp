@@ -1,3 +1,4 @@
+#include "RenderingBase/host/files/KVRPath.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
@@ -16,9 +17,11 @@ struct FindArguments {
 
 /// Why the answer was not "found", as in "expected ..., found ...".
 std::string reasonOf(int status, const FindArguments& arguments) {
+    // Links are followed before the extension is judged.
+    const std::string realPath = typedPath(KVRGetRealPath(frameworkPath(arguments.path)));
     if (status == kNotAccepted)
         return "status -1, extension not accepted: expected one of kind " +
-               std::to_string(arguments.kind) + ", found '" + lowerExtension(arguments.path) + "'";
+               std::to_string(arguments.kind) + ", found '" + lowerExtension(realPath) + "'";
     return "status -2, not found: expected the file itself or its name in one of the search "
            "folders, found neither";
 }

@@ -1,11 +1,10 @@
 #include "tools/rba/Output.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <iostream>
+#include <unistd.h>
 
 namespace rb::cli {
 namespace {

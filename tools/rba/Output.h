@@ -2,13 +2,13 @@
 
 /// @file  What commands print: results, errors, progress.
 
+#include "tools/rba/Precompiled.h"
+
 #include <cstddef>
 #include <ostream>
 #include <streambuf>
 #include <string>
 #include <string_view>
-
-#include "tools/rba/Precompiled.h"
 
 namespace rb::cli {
 

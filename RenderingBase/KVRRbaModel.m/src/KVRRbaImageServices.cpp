@@ -1,5 +1,6 @@
 #include "RenderingBase/public/KVRRbaImageServices.h"
 
+#include "RenderingBase/KVRRbaModel.m/src/LoadedFormat.h"
 #include "RenderingBase/host/base/KVREnvironment.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
@@ -28,23 +29,6 @@ void applyOwnProfile(KVRPixelImage& image) {
     if (profile) image.ApplyColorProfile(nullptr, 0);
 }
 
-void normaliseFormat(KVRPixelImage& image) {
-    switch (image.GetFormat()) {
-        case KVRPixelImageFormat::RGB:
-        case KVRPixelImageFormat::BGR:
-            image.ChangeFormat(KVRPixelImageFormat::RGB);
-            break;
-        case KVRPixelImageFormat::RGBA:
-        case KVRPixelImageFormat::BGRA:
-        case KVRPixelImageFormat::ARGB:
-        case KVRPixelImageFormat::ABGR:
-            image.ChangeFormat(KVRPixelImageFormat::RGBA);
-            break;
-        default:
-            break;
-    }
-}
-
 }  // namespace
 
 KVRPixelImage* KVRRbaImageServices::CreatePixelImageFromFullPath(
@@ -53,7 +37,7 @@ KVRPixelImage* KVRRbaImageServices::CreatePixelImageFromFullPath(
     if (!image) return nullptr;
     // A profile that does not fit the pixels, or a lack of memory, leaves the picture as it is.
     if (profilesAreApplied()) applyOwnProfile(*image);
-    normaliseFormat(*image);
+    image->ChangeFormat(rb::loadedFormat(image->GetFormat()));
     return image;
 }
 

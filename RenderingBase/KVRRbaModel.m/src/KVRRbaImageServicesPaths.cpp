@@ -1,11 +1,10 @@
 // Finding image files, and the texts of paths. Dots, backslashes and semicolons are single bytes
 // that occur in no other character of UTF-8, so texts are scanned by bytes.
-#include "RenderingBase/public/KVRRbaImageServices.h"
-
 #include "RenderingBase/host/app/KVRSettingRepository.h"
 #include "RenderingBase/host/files/KVRFileSystem.h"
 #include "RenderingBase/host/files/KVRPath.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
+#include "RenderingBase/public/KVRRbaImageServices.h"
 #include "RenderingBase/public/KVRRbaSettings.h"
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 #include "RenderingBase/public/KVRRbaSettings.h"
 
+// The log of the library, whose clock starts when the library is loaded.
+#include "RenderingBase/KVRRbaModel.m/src/KVRRbaTraceLog.h"
 #include "RenderingBase/host/base/KVREnvironment.h"
 
 #include <array>

@@ -57,11 +57,15 @@ public:
         return static_cast<std::uint8_t>(severity) < m_threshold;
     }
 
+    /// What a line shows of a time: 0 for all below one millisecond.
+    static constexpr std::int64_t wholeMilliseconds(std::chrono::steady_clock::duration time) {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+    }
+
     /// Writes what a line begins with. False, with nothing written, for an unknown severity.
     bool writePrefix(std::int8_t severity) {
-        const auto elapsed = std::chrono::steady_clock::now() - m_start;
         const std::int64_t elapsedMs =
-            std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count();
+            wholeMilliseconds(std::chrono::steady_clock::now() - m_start);
         const std::lock_guard lock(m_outputLock);
         const char* prefix = prefixOf(severity);
         if (!prefix) return false;

@@ -1,13 +1,12 @@
 #include "RenderingBase/public/openexr_half.h"
 
-#include <Imath/half.h>
+#include "RenderingBase/host/imaging/HalfBits.h"
 
+#include <Imath/half.h>
 #include <bit>
 #include <cstddef>
 #include <limits>
 #include <type_traits>
-
-#include "RenderingBase/host/imaging/HalfBits.h"
 
 static_assert(sizeof(openexr_half) == 2 && std::is_trivially_copyable_v<openexr_half>,
               "Half-float images are arrays of 16-bit words.");

@@ -4,7 +4,6 @@
 #include "RenderingBase/host/base/ZWTSysTrace.h"
 
 #include <cerrno>
-
 #include <fcntl.h>
 #include <glib.h>
 #include <sys/file.h>

@@ -1,7 +1,6 @@
 #include "RenderingBase/host/base/KVREnvironment.h"
 
 #include <cstdlib>
-
 #include <glib.h>
 
 const char* KVRGetEnv(const char* name) { return name ? std::getenv(name) : nullptr; }

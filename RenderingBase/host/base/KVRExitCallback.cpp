@@ -33,13 +33,14 @@ private:
              std::tie(callback, phase) = takeNext()) {
             callback(phase);
         }
-        const std::scoped_lock lock(m_mutex);
-        m_hooked = false;  // a later registration needs a hook of its own
     }
 
     std::pair<Callback, int> takeNext() {
         const std::scoped_lock lock(m_mutex);
-        if (m_byPhase.empty()) return {nullptr, 0};
+        if (m_byPhase.empty()) {
+            m_hooked = false;  // a later registration needs a hook of its own
+            return {nullptr, 0};
+        }
         const auto first = m_byPhase.begin();
         const std::pair<Callback, int> next{first->second.back(), first->first};
         first->second.pop_back();

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <glib.h>
 #include <memory>
 #include <ostream>
 #include <utility>
-
-#include <glib.h>
 
 namespace {
 

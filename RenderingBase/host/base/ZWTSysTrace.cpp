@@ -3,9 +3,8 @@
 #include "RenderingBase/host/base/KVREnvironment.h"
 
 #include <cstdarg>
-#include <string_view>
-
 #include <glib.h>
+#include <string_view>
 
 namespace {
 

@@ -1,21 +1,16 @@
 #include "RenderingBase/host/files/AtomicFile.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace rb::files {
 namespace {
-
-std::string partPathFor(const std::string& path) {
-    static std::atomic<unsigned> count{0};
-    return path + "." + std::to_string(getpid()) + "-" + std::to_string(++count) + ".part";
-}
 
 std::string folderOf(const std::string& path) {
     const auto slash = path.rfind('/');
@@ -23,12 +18,27 @@ std::string folderOf(const std::string& path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+/// Takes nothing from the final name, which may be as long as the system allows.
+std::string partPathIn(const std::string& folder) {
+    static std::atomic<unsigned> count{0};
+    return folder + "/." + std::to_string(getpid()) + "-" + std::to_string(++count) + ".part";
+}
+
+/// Where a chain of links leads, so that they stay when the file is replaced.
+std::string behindLinks(const std::string& path) {
+    char* const resolved = realpath(path.c_str(), nullptr);
+    std::string real = resolved ? resolved : path;
+    std::free(resolved);
+    return real;
+}
+
 }  // namespace
 
 AtomicFile::AtomicFile(std::string nativePath)
-    : m_path(std::move(nativePath)), m_partPath(partPathFor(m_path)) {
+    : m_path(behindLinks(nativePath)), m_partPath(partPathIn(folderOf(m_path))) {
     struct stat status {};
-    if (stat(m_path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    const bool replaces = stat(m_path.c_str(), &status) == 0;
+    if (replaces && !S_ISREG(status.st_mode)) {
         m_reason = S_ISDIR(status.st_mode) ? "a folder of that name" : "a device of that name";
         return;
     }
@@ -42,6 +52,8 @@ AtomicFile::AtomicFile(std::string nativePath)
         fail(errno);
         return;
     }
+    // Where the mode cannot be kept, the file is still worth having.
+    if (replaces) static_cast<void>(fchmod(descriptor, status.st_mode & 0777U) == 0);
     m_stream = fdopen(descriptor, "w+b");
     if (!m_stream) {
         fail(errno);

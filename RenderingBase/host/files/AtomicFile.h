@@ -2,22 +2,23 @@
 
 /// @file  A file that appears under its name when it is complete, or not at all.
 
+#include "RenderingBase/host/base/KVRExport.h"
+
 #include <cstdio>
 #include <string>
-
-#include "RenderingBase/host/base/KVRExport.h"
 
 namespace rb::files {
 
 /// Writes a file beside its final place and puts it there at the end, replacing an older one.
 ///
 /// The content has no name until then (where the file system can do that), so that a program which
-/// is interrupted leaves nothing behind; otherwise the name has the suffix ".part".
+/// is interrupted leaves nothing behind; otherwise it stands beside the final place under a hidden
+/// name that ends in ".part". Links stay, and what they lead to is replaced; so does the mode of an
+/// older file.
 /// Threads: one. Lifetime: without `commit` nothing stays.
 class KVR_EXPORT AtomicFile {
 public:
-    /// @param nativePath  A path of the system. What stands there must be a regular file or
-    /// nothing.
+    /// @param nativePath  A path of the system: of a regular file, or of nothing yet.
     explicit AtomicFile(std::string nativePath);
     ~AtomicFile();
     AtomicFile(const AtomicFile&) = delete;

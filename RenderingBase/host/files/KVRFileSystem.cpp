@@ -6,9 +6,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <limits>
-#include <system_error>
-
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace {

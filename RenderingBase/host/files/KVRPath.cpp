@@ -9,6 +9,8 @@
 #include <new>
 #include <system_error>
 
+namespace fs = std::filesystem;
+
 namespace {
 
 constexpr std::string_view kLongPathPrefix = R"(\\?\)";
@@ -32,6 +34,23 @@ KVRUnicodeString firstExisting(const KVRUnicodeString& relative, std::string_vie
         if (exists(candidate)) return candidate;
     }
     return {};
+}
+
+// Follows the last name of a path as far as it is a link; unlike std::filesystem, also one to
+// something that does not exist. Empty, with an error, for a loop.
+fs::path resolved(const fs::path& absolute, std::error_code& error) {
+    constexpr int kMostLinks = 40;  // as the kernel does
+    fs::path real = fs::weakly_canonical(absolute, error);
+    for (int links = 0; !error; ++links) {
+        std::error_code noLink;
+        const fs::path target = fs::read_symlink(real, noLink);
+        if (noLink) break;
+        if (links == kMostLinks)
+            error = std::make_error_code(std::errc::too_many_symbolic_link_levels);
+        else
+            real = fs::weakly_canonical(real.parent_path() / target, error);
+    }
+    return error ? fs::path() : real;
 }
 
 }  // namespace
@@ -67,9 +86,9 @@ KVRUnicodeString KVRGetRealPath(const KVRUnicodeString& path) {
     const std::string native = NativePath(path);
     if (native.empty()) return {};
     std::error_code error;
-    const auto absolute = std::filesystem::absolute(native, error);
+    const fs::path absolute = fs::absolute(native, error);
     if (error) return {};
-    auto real = std::filesystem::weakly_canonical(absolute, error);
+    fs::path real = resolved(absolute, error);
     if (error == std::errc::too_many_symbolic_link_levels) return {};
     if (error) real = absolute.lexically_normal();
     if (!real.has_filename() && real.has_relative_path()) real = real.parent_path();

@@ -1,12 +1,11 @@
 #include "RenderingBase/host/imaging/ColorEngine.h"
 
-#include <lcms2.h>
-
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <lcms2.h>
 #include <utility>
 
 namespace rb::imaging {
@@ -151,21 +150,22 @@ IccProfile::~IccProfile() { cmsCloseProfile(m_handle); }
 std::unique_ptr<const IccProfile> IccProfile::open(std::span<const std::byte> bytes) {
     constexpr std::size_t kHeaderBytes = 128, kLongest = std::size_t{1} << 30;
     if (bytes.size() < kHeaderBytes || bytes.size() > kLongest) return nullptr;
+    std::vector<std::byte> copy(bytes.begin(), bytes.end());
     const cmsHPROFILE handle =
         cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size()));
     if (!handle) return nullptr;
-    return std::unique_ptr<const IccProfile>(
-        new IccProfile(std::vector<std::byte>(bytes.begin(), bytes.end()), handle));
+    return std::unique_ptr<const IccProfile>(new IccProfile(std::move(copy), handle));
 }
 
 const IccProfile& IccProfile::sRGB() {
-    static const auto profile = open(std::as_bytes(std::span(kSrgbBytes)));
+    // Never closed, like the one below: code that runs at exit may still convert colours.
+    static const auto* profile = open(std::as_bytes(std::span(kSrgbBytes))).release();
     return *profile;
 }
 
 const IccProfile& IccProfile::lab() {
-    static const IccProfile profile({}, cmsCreateLab4Profile(nullptr));
-    return profile;
+    static const auto* profile = new IccProfile({}, cmsCreateLab4Profile(nullptr));
+    return *profile;
 }
 
 ColorSpace IccProfile::space() const { return spaceOf(cmsGetColorSpace(m_handle)); }

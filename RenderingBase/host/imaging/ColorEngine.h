@@ -3,13 +3,13 @@
 /// @file  The ICC engine behind a small interface; the only source that includes it is
 /// ColorEngine.cpp. Private to host/imaging.
 
+#include "RenderingBase/host/imaging/KVRPixelImageFormat.h"
+
 #include <cstddef>
 #include <memory>
 #include <span>
 #include <string>
 #include <vector>
-
-#include "RenderingBase/host/imaging/KVRPixelImageFormat.h"
 
 namespace rb::imaging {
 

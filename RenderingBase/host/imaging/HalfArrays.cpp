@@ -1,10 +1,10 @@
 #include "RenderingBase/host/imaging/HalfArrays.h"
 
+#include "RenderingBase/host/imaging/HalfBits.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
-
-#include "RenderingBase/host/imaging/HalfBits.h"
 
 #if defined(__x86_64__)
 #include <cpuid.h>

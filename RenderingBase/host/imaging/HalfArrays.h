@@ -8,10 +8,10 @@
 ///     std::vector<std::uint16_t> halves(floats.size());
 ///     rb::imaging::halvesFromFloats(floats, halves);
 
+#include "RenderingBase/host/base/KVRExport.h"
+
 #include <cstdint>
 #include <span>
-
-#include "RenderingBase/host/base/KVRExport.h"
 
 namespace rb::imaging {
 

@@ -1,5 +1,7 @@
 #include "RenderingBase/host/imaging/ImageLoader.h"
 
+#include "RenderingBase/host/base/KVREnvironment.h"
+
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -8,8 +10,6 @@
 #include <new>
 #include <string>
 #include <vector>
-
-#include "RenderingBase/host/base/KVREnvironment.h"
 
 namespace rb::imaging {
 namespace {

@@ -3,10 +3,10 @@
 /// @file  From the bytes of a file to its header and its pixels: chooses the reader and holds what
 /// it declares against limits and against the bytes that are there. Private to host/imaging.
 
-#include <memory>
-
 #include "RenderingBase/host/imaging/PixelStorage.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
+
+#include <memory>
 
 namespace rb::imaging {
 

@@ -23,4 +23,10 @@ void noteImageResult(const KVRUnicodeString& file, const ReadResult& result) {
                        : KVRImageError{};
 }
 
+void noteLackOfMemory() noexcept {
+    lastError = KVRImageError{};
+    lastError.expected = "enough memory";  // both fit into the strings themselves
+    lastError.found = "none left";
+}
+
 }  // namespace rb::imaging

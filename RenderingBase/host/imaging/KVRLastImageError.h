@@ -2,10 +2,10 @@
 
 /// @file  Why the last image of this thread was refused.
 
-#include <string>
-
 #include "RenderingBase/host/base/KVRExport.h"
 #include "RenderingBase/host/base/KVRUnicodeString.h"
+
+#include <string>
 
 /// The reason of a refusal, in the words of whoever refused.
 struct KVRImageError {

@@ -1,14 +1,15 @@
 #include "RenderingBase/host/imaging/KVRMMColorProfile.h"
 
-#include <cstddef>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "RenderingBase/host/files/KVRPath.h"
 #include "RenderingBase/host/imaging/ColorEngine.h"
 #include "RenderingBase/host/imaging/formats/ByteSource.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
+
+#include <cstddef>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
 
 using rb::imaging::IccProfile;
 
@@ -23,8 +24,8 @@ KVRMMColorProfile* KVRMMColorProfile::CreateFromMemory(std::span<const std::byte
 }
 
 KVRMMColorProfile* KVRMMColorProfile::CreateSRGB() {
-    static const auto profile =
-        KVRVar<KVRMMColorProfile>::Adopt(CreateFromMemory(IccProfile::sRGB().bytes()));
+    // Never released: code that runs at exit may still convert colours.
+    static KVRMMColorProfile* const profile = CreateFromMemory(IccProfile::sRGB().bytes());
     return KVRVar<KVRMMColorProfile>(profile).Detach();
 }
 
@@ -43,7 +44,7 @@ KVRUnicodeString KVRMMColorProfile::getProfileModel() const {
 std::span<const std::byte> KVRMMColorProfile::GetData() const { return m_icc->bytes(); }
 
 KVRMMColorProfile* KVRMMColorProfileFactory::CreateColorProfileFromFile(
-    const KVRUnicodeString& path) {
+    const KVRUnicodeString& path) try {
     constexpr std::uint64_t kLongest = std::uint64_t{64} << 20;  // real ones stay below 4 MiB
     std::string reason;
     const auto file = rb::imaging::FileSource::open(NativePath(path), reason);
@@ -51,4 +52,6 @@ KVRMMColorProfile* KVRMMColorProfileFactory::CreateColorProfileFromFile(
     std::vector<std::byte> bytes(static_cast<std::size_t>(file->size()));
     bytes.resize(file->read(0, bytes.data(), bytes.size()));
     return KVRMMColorProfile::CreateFromMemory(bytes);
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }

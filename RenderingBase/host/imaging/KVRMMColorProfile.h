@@ -2,14 +2,14 @@
 
 /// @file  ICC colour profiles.
 
-#include <cstddef>
-#include <memory>
-#include <span>
-
 #include "RenderingBase/host/base/KVRExport.h"
 #include "RenderingBase/host/base/KVRUnicodeString.h"
 #include "RenderingBase/host/modeler/KVRBaseUnknown.h"
 #include "RenderingBase/host/modeler/KVRClass.h"
+
+#include <cstddef>
+#include <memory>
+#include <span>
 
 namespace rb::imaging {
 class IccProfile;

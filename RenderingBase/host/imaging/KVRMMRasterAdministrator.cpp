@@ -1,11 +1,12 @@
 #include "RenderingBase/host/imaging/KVRMMRasterAdministrator.h"
 
-#include <string>
-
 #include "RenderingBase/host/files/KVRPath.h"
 #include "RenderingBase/host/imaging/ColorEngine.h"
 #include "RenderingBase/host/imaging/ImageLoader.h"
 #include "RenderingBase/host/imaging/LastImageError.h"
+
+#include <new>
+#include <string>
 
 using rb::imaging::FileSource;
 using rb::imaging::IccProfile;
@@ -17,7 +18,7 @@ KVRMMRasterAdministrator* KVRMMRasterAdministrator::GetInstance() {
 }
 
 HRESULT KVRMMRasterAdministrator::GetImageInfo(const KVRUnicodeString& path, KVRMMImageProp& prop,
-                                               KVRMMImageSize& size, int) {
+                                               KVRMMImageSize& size, int) try {
     rb::imaging::OpenImage image;
     std::string reason;
     const auto file = FileSource::open(NativePath(path), reason);
@@ -39,4 +40,7 @@ HRESULT KVRMMRasterAdministrator::GetImageInfo(const KVRUnicodeString& path, KVR
     size.height = static_cast<int>(header.height);
     size.resolution = header.resolution;
     return S_OK;
+} catch (const std::bad_alloc&) {
+    rb::imaging::noteLackOfMemory();
+    return E_FAIL;
 }

@@ -1,13 +1,13 @@
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 
+#include "RenderingBase/host/imaging/KVRStream.h"
+#include "RenderingBase/host/imaging/PixelConversion.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <new>
 #include <utility>
-
-#include "RenderingBase/host/imaging/KVRStream.h"
-#include "RenderingBase/host/imaging/PixelConversion.h"
 
 using rb::imaging::ChannelType;
 using rb::imaging::layoutOf;
@@ -116,13 +116,16 @@ HRESULT KVRPixelImage::UnStream(KVRStream& stream) try {
     StreamedHeader header{};
     if (!stream.Read(&header, sizeof header)) return E_FAIL;
     const auto format = static_cast<KVRPixelImageFormat>(header.format);
-    if (layoutOf(format).channels == 0) return E_FAIL;
+    if (layoutOf(format).channels == 0 || header.width < 0 || header.height < 0) return E_FAIL;
     const std::size_t bytes = byteCount(header.width, header.height, format);
     PixelStorage pixels(bytes, PixelStorage::Fill::None);
     if (!stream.Read(pixels.data(), bytes)) return E_FAIL;
     m_width = bytes ? header.width : 0;
     m_height = bytes ? header.height : 0;
     replacePixels(format, std::move(pixels));
+    m_resolution = {};
+    m_profile.Reset();
+    m_metadata.clear();
     return S_OK;
 } catch (const std::bad_alloc&) {
     return E_FAIL;
@@ -192,8 +195,10 @@ int KVRPixelImage::GetResolutionUnit() const { return m_resolution.unit; }
 void KVRPixelImage::SetResolution(double x, double y, int unit) { m_resolution = {x, y, unit}; }
 
 float KVRPixelImage::GetXPixelSize() const {
-    if (!(m_resolution.x > 0) || m_resolution.unit == rb::imaging::kNoUnit) return 0;
-    const double unitMm = m_resolution.unit == rb::imaging::kPerInch ? 25.4 : 10.0;
+    if (!(m_resolution.x > 0)) return 0;
+    const double unitMm = m_resolution.unit == rb::imaging::kPerInch         ? 25.4
+                          : m_resolution.unit == rb::imaging::kPerCentimetre ? 10
+                                                                             : 0;
     return static_cast<float>(unitMm / m_resolution.x);
 }
 

@@ -7,11 +7,6 @@
 ///         KVRPixelImage::CreateFromFile("textures\\oak.jpg", 1, 0));
 ///     if (!image) std::cerr << KVRLastImageError().Message() << '\n';
 
-#include <cstddef>
-#include <map>
-#include <span>
-#include <string>
-
 #include "RenderingBase/host/base/KVRExport.h"
 #include "RenderingBase/host/base/KVRResult.h"
 #include "RenderingBase/host/base/KVRUnicodeString.h"
@@ -23,6 +18,11 @@
 #include "RenderingBase/host/modeler/KVRBaseUnknown.h"
 #include "RenderingBase/host/modeler/KVRClass.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
+
+#include <cstddef>
+#include <map>
+#include <span>
+#include <string>
 
 class KVRStream;
 
@@ -88,7 +88,8 @@ public:
 
     /// Writes width, height, format and pixels.
     virtual HRESULT Stream(KVRStream& stream) const;
-    /// Replaces the content by what `Stream` wrote. Errors: E_FAIL, the image is unchanged.
+    /// Replaces the content by what `Stream` wrote; profile, resolution and metadata are gone.
+    /// Errors: E_FAIL, the image is unchanged.
     virtual HRESULT UnStream(KVRStream& stream);
     virtual int GetBytesPerPixel() const;
     virtual int GetbytesPerPixel() const;  ///< The same number; both exist for compatibility.
@@ -141,8 +142,10 @@ public:
     /// Errors: E_FAIL for another name, for 16-bit, half and float images, and when the file
     ///         cannot be written; `KVRLastImageError` tells why.
     HRESULT WriteToFile(const KVRUnicodeString& path, const char* formatName) const;
-    /// A new image of the given size; null when a side is below 1 or the image has no pixels.
-    /// @param mode  See `KVRPixelZoom`; another value gives null.
+    /// The same picture in another size; its resolution is scaled with it, so that it stays as
+    /// large on paper. Null when a side is below 1 or the image has no pixels.
+    /// @param mode  See `KVRPixelZoom`; another value gives null, and so does filtering when a side
+    ///              is longer than 2^20.
     KVRPixelImage* CreateZoomedImage(int width, int height, int mode) const;
     /// Copies @p image over this one, its top left corner at (@p x, @p y), without blending.
     /// It is converted to this image's format and clipped. Errors: E_INVALIDARG for null.

@@ -1,13 +1,14 @@
-#include <algorithm>
-#include <memory>
-#include <new>
-#include <vector>
-
 #include "RenderingBase/host/imaging/ColorEngine.h"
 #include "RenderingBase/host/imaging/HalfArrays.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/imaging/ParallelRows.h"
 #include "RenderingBase/host/imaging/PixelConversion.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
 
 using rb::imaging::ChannelType;
 using rb::imaging::ColorLayout;
@@ -15,6 +16,7 @@ using rb::imaging::ColorSpace;
 using rb::imaging::ColorTransform;
 using rb::imaging::IccProfile;
 using rb::imaging::PixelLayout;
+using rb::imaging::PixelStorage;
 
 namespace {
 
@@ -29,26 +31,32 @@ ColorLayout engineLayout(const PixelLayout& layout) {
     return engine;
 }
 
-/// Converts pixels whose layout the engine knows, in place.
+/// Converts pixels whose layout the engine knows; @p in and @p out may be the same.
 void convertRows(const ColorTransform& transform, const PixelLayout& layout, int width, int height,
-                 std::byte* pixels) {
-    const auto rowValues =
-        static_cast<std::size_t>(width) * static_cast<std::size_t>(layout.channels);
-    const auto rowBytes =
-        static_cast<std::size_t>(width) * static_cast<std::size_t>(layout.bytesPerPixel());
+                 const std::byte* in, std::byte* out) {
     const auto count = static_cast<std::size_t>(width);
+    const auto rowBytes = count * static_cast<std::size_t>(layout.bytesPerPixel());
     rb::imaging::forRowSlices(width, height, [&](std::int64_t first, std::int64_t end) {
-        std::vector<float> floats(layout.type == ChannelType::Half ? rowValues : 0);
         for (std::int64_t y = first; y < end; ++y) {
-            std::byte* row = pixels + static_cast<std::size_t>(y) * rowBytes;
-            if (layout.type != ChannelType::Half) {
-                transform.apply(row, row, count);
-                continue;
-            }
-            const std::span halves(reinterpret_cast<std::uint16_t*>(row), rowValues);
-            rb::imaging::floatsFromHalves(halves, floats);
+            const auto row = static_cast<std::size_t>(y) * rowBytes;
+            transform.apply(in + row, out + row, count);
+        }
+    });
+}
+
+void convertHalfRows(const ColorTransform& transform, const PixelLayout& layout, int width,
+                     int height, const std::byte* in, std::byte* out) {
+    const auto count = static_cast<std::size_t>(width);
+    const auto rowValues = count * static_cast<std::size_t>(layout.channels);
+    rb::imaging::forRowSlices(width, height, [&](std::int64_t first, std::int64_t end) {
+        std::vector<float> floats(rowValues);
+        for (std::int64_t y = first; y < end; ++y) {
+            const auto row = static_cast<std::size_t>(y) * rowValues;
+            rb::imaging::floatsFromHalves(
+                {reinterpret_cast<const std::uint16_t*>(in) + row, rowValues}, floats);
             transform.apply(floats.data(), floats.data(), count);
-            rb::imaging::halvesFromFloats(floats, halves);
+            rb::imaging::halvesFromFloats(floats,
+                                          {reinterpret_cast<std::uint16_t*>(out) + row, rowValues});
         }
     });
 }
@@ -56,28 +64,27 @@ void convertRows(const ColorTransform& transform, const PixelLayout& layout, int
 /// Grey pixels of a profile for colours (or for a target of colours): each grey is converted as the
 /// colour with three equal parts, of which the green one is the grey again.
 void convertGreyRows(const ColorTransform& transform, const PixelLayout& layout, int width,
-                     int height, std::byte* pixels, bool colorIn, bool colorOut) {
-    const auto rowBytes =
-        static_cast<std::size_t>(width) * static_cast<std::size_t>(layout.bytesPerPixel());
+                     int height, bool colorIn, bool colorOut, const std::byte* in, std::byte* out) {
+    const auto count = static_cast<std::size_t>(width);
+    const auto pixelBytes = static_cast<std::size_t>(layout.bytesPerPixel());
     const PixelLayout& grey = rb::imaging::layoutOf(KVRPixelImageFormat::L_f);
     const PixelLayout& color = rb::imaging::layoutOf(KVRPixelImageFormat::RGB_f);
-    const auto count = static_cast<std::size_t>(width);
     rb::imaging::forRowSlices(width, height, [&](std::int64_t first, std::int64_t end) {
-        std::vector<float> in(3 * count), out(3 * count), greys(count);
-        std::vector<std::byte> old(rowBytes);
+        std::vector<float> before(3 * count), after(3 * count), greys(count);
         for (std::int64_t y = first; y < end; ++y) {
-            std::byte* row = pixels + static_cast<std::size_t>(y) * rowBytes;
-            rb::imaging::convertPixels(layout, row, colorIn ? color : grey,
-                                       reinterpret_cast<std::byte*>(in.data()), count);
-            transform.apply(in.data(), out.data(), count);
-            for (std::size_t x = 0; x < count; ++x) greys[x] = colorOut ? out[3 * x + 1] : out[x];
-            std::copy_n(row, rowBytes, old.begin());
+            const std::byte* inRow = in + static_cast<std::size_t>(y) * count * pixelBytes;
+            std::byte* outRow = out + static_cast<std::size_t>(y) * count * pixelBytes;
+            rb::imaging::convertPixels(layout, inRow, colorIn ? color : grey,
+                                       reinterpret_cast<std::byte*>(before.data()), count);
+            transform.apply(before.data(), after.data(), count);
+            for (std::size_t x = 0; x < count; ++x)
+                greys[x] = colorOut ? after[3 * x + 1] : after[x];
             rb::imaging::convertPixels(grey, reinterpret_cast<const std::byte*>(greys.data()),
-                                       layout, row, count);
+                                       layout, outRow, count);
             if (!layout.hasAlpha()) continue;
-            const auto step = static_cast<std::size_t>(layout.bytesPerPixel());
-            for (auto at = static_cast<std::size_t>(layout.alpha); at < rowBytes; at += step)
-                row[at] = old[at];
+            for (auto at = static_cast<std::size_t>(layout.alpha); at < count * pixelBytes;
+                 at += pixelBytes)
+                outRow[at] = inRow[at];
         }
     });
 }
@@ -112,11 +119,18 @@ HRESULT KVRPixelImage::ApplyColorProfile(KVRMMColorProfile* target, int flag) tr
     if (pixels.isGrey()) in.type = out.type = ChannelType::Float, in.alpha = out.alpha = false;
     const auto transform = ColorTransform::create(from->icc(), in, to->icc(), out);
     if (!transform) return E_FAIL;
+    if (!pixels.isGrey() && pixels.type != ChannelType::Half) {
+        convertRows(*transform, pixels, m_width, m_height, m_pixels.data(), m_pixels.data());
+        return AssignColorProfile(to.Get(), flag);
+    }
+    // These need memory on the way, and may not fail half done.
+    PixelStorage converted(m_pixels.size(), PixelStorage::Fill::None);
     if (pixels.isGrey())
-        convertGreyRows(*transform, pixels, m_width, m_height, m_pixels.data(),
-                        in.space == ColorSpace::Rgb, out.space == ColorSpace::Rgb);
+        convertGreyRows(*transform, pixels, m_width, m_height, in.space == ColorSpace::Rgb,
+                        out.space == ColorSpace::Rgb, m_pixels.data(), converted.data());
     else
-        convertRows(*transform, pixels, m_width, m_height, m_pixels.data());
+        convertHalfRows(*transform, pixels, m_width, m_height, m_pixels.data(), converted.data());
+    replacePixels(m_format, std::move(converted));
     return AssignColorProfile(to.Get(), flag);
 } catch (const std::bad_alloc&) {
     return E_FAIL;

@@ -1,16 +1,16 @@
-#include <array>
-#include <cstring>
-#include <memory>
-#include <new>
-#include <string>
-#include <utility>
-
 #include "RenderingBase/host/files/AtomicFile.h"
 #include "RenderingBase/host/files/KVRPath.h"
 #include "RenderingBase/host/imaging/ImageLoader.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/imaging/LastImageError.h"
 #include "RenderingBase/host/imaging/formats/ImageWriter.h"
+
+#include <array>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
 
 using rb::imaging::ByteSource;
 using rb::imaging::FileSource;
@@ -64,13 +64,13 @@ KVRPixelImage* load(ByteSource& source, ReadResult& refusal) {
     if (!refusal) refusal = rb::imaging::decodeImage(open, pixels);
     if (refusal) return nullptr;
     const ImageHeader& header = open.header;
-    auto* image =
+    auto image = KVRVar<KVRPixelImage>::Adopt(
         KVRPixelImage::CreateAround(static_cast<int>(header.width), static_cast<int>(header.height),
-                                    header.format, std::move(pixels));
+                                    header.format, std::move(pixels)));
     const auto& resolution = header.resolution;
     image->SetResolution(resolution.x, resolution.y, resolution.unit);
     if (const auto profile = profileOf(header)) image->AssignColorProfile(profile.Get(), 0);
-    return image;
+    return image.Detach();
 }
 
 }  // namespace
@@ -86,6 +86,7 @@ KVRPixelImage* KVRPixelImage::CreateFromFileEx(const KVRUnicodeString& path, int
     rb::imaging::noteImageResult(path, refusal);
     return image;
 } catch (const std::bad_alloc&) {
+    rb::imaging::noteLackOfMemory();
     return nullptr;
 }
 
@@ -102,6 +103,7 @@ KVRPixelImage* KVRPixelImage::CreateFromMemory(std::span<const std::byte> file,
     rb::imaging::noteImageResult(name, refusal);
     return image;
 } catch (const std::bad_alloc&) {
+    rb::imaging::noteLackOfMemory();
     return nullptr;
 }
 
@@ -134,5 +136,6 @@ HRESULT KVRPixelImage::WriteToFile(const KVRUnicodeString& path, const char* for
     rb::imaging::noteImageResult(path, refusal);
     return refusal ? E_FAIL : S_OK;
 } catch (const std::bad_alloc&) {
+    rb::imaging::noteLackOfMemory();
     return E_FAIL;
 }

@@ -2,9 +2,9 @@
 
 /// @file  The pixel formats of images and what each one looks like in memory.
 
-#include <cstdint>
-
 #include "RenderingBase/host/base/KVRExport.h"
+
+#include <cstdint>
 
 /// Pixel format codes. The suffix tells the type of a channel: none 8 bits, `_16` 16 bits unsigned,
 /// `_f16` half, `_f` float. The letters give the channels in memory order.

@@ -1,17 +1,15 @@
 // The resizer is one header with its implementation; this is the only source that includes it.
 #define STB_IMAGE_RESIZE_IMPLEMENTATION
 #define STB_IMAGE_RESIZE_STATIC
-#include <stb/stb_image_resize.h>
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "RenderingBase/host/imaging/PixelConversion.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <new>
+#include <stb/stb_image_resize.h>
 #include <vector>
-
-#include "RenderingBase/host/imaging/KVRPixelImage.h"
-#include "RenderingBase/host/imaging/PixelConversion.h"
 
 using rb::imaging::ChannelType;
 using rb::imaging::PixelLayout;
@@ -105,21 +103,40 @@ void zoomBilinear(const KVRPixelImage& from, int width, int height, KVRPixelImag
 
 /// The triangle filter over everything under a target pixel, straight alpha weighted, values taken
 /// as they are (no transfer curve is undone).
+///
+/// Done in slices of columns: the resizer keeps all source rows under a target row, of the target's
+/// width, and counts the bytes of its working memory in 32 bits.
 bool zoomFiltered(const KVRPixelImage& from, int width, int height, KVRPixelImage& to) {
+    constexpr int kLongestSide = 1 << 20;  // the resizer's positions are single precision
+    constexpr std::int64_t kSliceBytes = std::int64_t{256} << 20;
     const PixelLayout& layout = rb::imaging::layoutOf(from.GetFormat());
     int fromWidth = 0, fromHeight = 0;
     from.GetSize(fromWidth, fromHeight);
-    // The resizer counts the bytes of a row in an int.
-    const std::int64_t longest = std::max(fromWidth, width);
-    if (longest * 16 > std::numeric_limits<int>::max()) return false;
+    if (std::max({fromWidth, fromHeight, width, height}) > kLongestSide) return false;
     const stbir_datatype type = layout.type == ChannelType::Float  ? STBIR_TYPE_FLOAT
                                 : layout.type == ChannelType::Word ? STBIR_TYPE_UINT16
                                                                    : STBIR_TYPE_UINT8;
     const int alpha = layout.hasAlpha() ? layout.alpha : STBIR_ALPHA_CHANNEL_NONE;
-    return stbir_resize(from.GetRawPixels().data(), fromWidth, fromHeight, 0,
-                        to.GetRawPixels().data(), width, height, 0, type, layout.channels, alpha, 0,
-                        STBIR_EDGE_CLAMP, STBIR_EDGE_CLAMP, STBIR_FILTER_TRIANGLE,
-                        STBIR_FILTER_TRIANGLE, STBIR_COLORSPACE_LINEAR, nullptr) != 0;
+    const float xScale = static_cast<float>(width) / static_cast<float>(fromWidth);
+    const float yScale = static_cast<float>(height) / static_cast<float>(fromHeight);
+    // A target row rests on two of its own heights of source rows; one more each for the resizer's
+    // rounding and for the row in work.
+    const std::int64_t heldRows = 2 * (fromHeight / height + 1) + 2;
+    const std::int64_t columnBytes = heldRows * layout.channels * std::int64_t{sizeof(float)};
+    const int sliceWidth =
+        static_cast<int>(std::clamp<std::int64_t>(kSliceBytes / columnBytes, 1, width));
+    const auto pixelBytes = static_cast<std::size_t>(layout.bytesPerPixel());
+    const int rowBytes = width * layout.bytesPerPixel();
+    for (int x = 0; x < width; x += sliceWidth) {
+        if (!stbir_resize_subpixel(
+                from.GetRawPixels().data(), fromWidth, fromHeight, 0,
+                to.GetRawPixels().data() + static_cast<std::size_t>(x) * pixelBytes,
+                std::min(sliceWidth, width - x), height, rowBytes, type, layout.channels, alpha, 0,
+                STBIR_EDGE_CLAMP, STBIR_EDGE_CLAMP, STBIR_FILTER_TRIANGLE, STBIR_FILTER_TRIANGLE,
+                STBIR_COLORSPACE_LINEAR, nullptr, xScale, yScale, static_cast<float>(x), 0))
+            return false;
+    }
+    return true;
 }
 
 /// The format in which the filter works: it knows neither halves nor single bits.

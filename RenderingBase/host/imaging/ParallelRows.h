@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <future>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -20,12 +21,20 @@ void forRowSlices(std::int64_t width, std::int64_t height, const Work& work) {
     const auto slices =
         std::clamp<std::int64_t>(width * height / kPixelsForAThread, 1,
                                  std::min(processors, std::max<std::int64_t>(1, height)));
+    const auto slice = [&work, slices, height](std::int64_t i) {
+        work(height * i / slices, height * (i + 1) / slices);
+    };
     std::vector<std::future<void>> others;
-    for (std::int64_t i = 1; i < slices; ++i)
-        others.push_back(std::async(std::launch::async, [&work, i, slices, height] {
-            work(height * i / slices, height * (i + 1) / slices);
-        }));
-    work(0, height / slices);
+    others.reserve(static_cast<std::size_t>(slices));
+    std::int64_t started = 1;
+    try {
+        for (; started < slices; ++started)
+            others.push_back(std::async(std::launch::async, slice, started));
+    } catch (const std::system_error&) {
+        // The system has no thread left: the rest is done here.
+    }
+    slice(0);
+    for (; started < slices; ++started) slice(started);
     for (auto& other : others) other.get();
 }
 

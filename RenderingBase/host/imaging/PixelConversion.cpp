@@ -1,12 +1,12 @@
 #include "RenderingBase/host/imaging/PixelConversion.h"
 
+#include "RenderingBase/host/imaging/HalfArrays.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <span>
-
-#include "RenderingBase/host/imaging/HalfArrays.h"
 
 namespace rb::imaging {
 namespace {

@@ -2,9 +2,9 @@
 
 /// @file  Pixels from one format into another. Pure computation.
 
-#include <cstddef>
-
 #include "RenderingBase/host/imaging/KVRPixelImageFormat.h"
+
+#include <cstddef>
 
 namespace rb::imaging {
 

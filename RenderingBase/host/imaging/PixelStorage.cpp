@@ -1,10 +1,9 @@
 #include "RenderingBase/host/imaging/PixelStorage.h"
 
-#include <sys/mman.h>
-
 #include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <sys/mman.h>
 #include <utility>
 
 namespace rb::imaging {

@@ -2,10 +2,10 @@
 
 /// @file  The memory block behind an image.
 
+#include "RenderingBase/host/base/KVRExport.h"
+
 #include <cstddef>
 #include <span>
-
-#include "RenderingBase/host/base/KVRExport.h"
 
 namespace rb::imaging {
 

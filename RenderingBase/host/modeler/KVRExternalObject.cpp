@@ -3,9 +3,8 @@
 #include "RenderingBase/host/base/ZWTSysTrace.h"
 #include "RenderingBase/host/modeler/KVRModeler.h"
 
-#include <string>
-
 #include <dlfcn.h>
+#include <string>
 
 namespace {
 

@@ -2,13 +2,12 @@
 
 #include "tools/rba/Context.h"
 
+#include <array>
 #include <fcntl.h>
 #include <spawn.h>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <array>
-#include <string_view>
 
 namespace rb::cli::tour {
 namespace {

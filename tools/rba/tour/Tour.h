@@ -3,13 +3,13 @@
 /// @file  The tour: takes sample files through every service and shows what came out on one page.
 /// A section is one file in this folder and one entry in the list of Sections.cpp.
 
+#include "tools/rba/Output.h"
+#include "tools/rba/tour/Html.h"
+
 #include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
-
-#include "tools/rba/Output.h"
-#include "tools/rba/tour/Html.h"
 
 namespace rb::cli::tour {
 

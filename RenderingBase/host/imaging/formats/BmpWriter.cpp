@@ -13,13 +13,13 @@
 // Grey goes out as 8 bits with a grey palette, RGB as 24 bits, pictures with alpha as 32 bits with
 // a mask for alpha, which takes a V4 header. A profile takes a V5 header.
 
+#include "RenderingBase/host/imaging/formats/ImageWriter.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <vector>
-
-#include "RenderingBase/host/imaging/formats/ImageWriter.h"
 
 namespace rb::imaging {
 namespace {

@@ -2,14 +2,14 @@
 
 /// @file  Reads a source from its beginning to its end with few calls.
 
+#include "RenderingBase/host/imaging/formats/ByteSource.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <span>
-
-#include "RenderingBase/host/imaging/formats/ByteSource.h"
 
 namespace rb::imaging {
 

@@ -4,6 +4,12 @@
 //
 // Alpha is delivered as it is stored, which in these files is multiplied into the colours.
 
+#include "RenderingBase/host/imaging/formats/ExrChannels.h"
+#include "RenderingBase/host/imaging/formats/ExrHeaderCheck.h"
+#include "RenderingBase/host/imaging/formats/ImageReader.h"
+#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/formats/SaturatedMath.h"
+
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
@@ -15,7 +21,6 @@
 #include <ImfStandardAttributes.h>
 #include <ImfThreading.h>
 #include <ImfTiledInputPart.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -27,12 +32,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "RenderingBase/host/imaging/formats/ExrChannels.h"
-#include "RenderingBase/host/imaging/formats/ExrHeaderCheck.h"
-#include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
-#include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 namespace rb::imaging {
 namespace {

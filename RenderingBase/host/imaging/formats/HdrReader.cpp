@@ -16,6 +16,11 @@
 // rows, from the left, whatever way the picture is turned (of the eight possible ones, "-Y h +X w"
 // is upright; "+X w -Y h" has its columns as scanlines and is delivered h wide and w high).
 
+#include "RenderingBase/host/imaging/formats/ImageReader.h"
+#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/formats/SaturatedMath.h"
+#include "RenderingBase/host/imaging/formats/XyzColor.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -23,11 +28,6 @@
 #include <cstring>
 #include <string>
 #include <vector>
-
-#include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
-#include "RenderingBase/host/imaging/formats/SaturatedMath.h"
-#include "RenderingBase/host/imaging/formats/XyzColor.h"
 
 namespace rb::imaging {
 namespace {

@@ -5,6 +5,10 @@
 /// A reader only knows its format. Limits, the comparison of declared sizes with the bytes that are
 /// there and the catching of exceptions stand once, in ImageLoader.cpp.
 
+#include "RenderingBase/host/imaging/ImageResolution.h"
+#include "RenderingBase/host/imaging/KVRPixelImageFormat.h"
+#include "RenderingBase/host/imaging/formats/ByteSource.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -13,10 +17,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "RenderingBase/host/imaging/ImageResolution.h"
-#include "RenderingBase/host/imaging/KVRPixelImageFormat.h"
-#include "RenderingBase/host/imaging/formats/ByteSource.h"
 
 namespace rb::imaging {
 

@@ -2,13 +2,13 @@
 
 /// @file  What a writer of one image format looks like. Private to this folder and its caller.
 
+#include "RenderingBase/host/imaging/ImageResolution.h"
+#include "RenderingBase/host/imaging/formats/ImageReader.h"
+
 #include <cstddef>
 #include <cstdio>
 #include <span>
 #include <string_view>
-
-#include "RenderingBase/host/imaging/ImageResolution.h"
-#include "RenderingBase/host/imaging/formats/ImageReader.h"
 
 namespace rb::imaging {
 

@@ -2,12 +2,10 @@
 
 /// @file  How the JPEG codec's complaints reach C++: by a jump, with a message.
 
-#include <cstdio>  // jpeglib.h needs it and does not say so
-
-#include <jpeglib.h>
-
 #include <array>
 #include <csetjmp>
+#include <cstdio>  // jpeglib.h needs it and does not say so
+#include <jpeglib.h>
 
 namespace rb::imaging {
 

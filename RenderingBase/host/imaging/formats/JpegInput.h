@@ -2,16 +2,13 @@
 
 /// @file  Where the JPEG codec takes its bytes from.
 
-#include <cstdio>
-
-#include <jpeglib.h>
-
-#include <jerror.h>
+#include "RenderingBase/host/imaging/formats/BufferedSource.h"
 
 #include <algorithm>
 #include <cstdint>
-
-#include "RenderingBase/host/imaging/formats/BufferedSource.h"
+#include <cstdio>
+#include <jerror.h>
+#include <jpeglib.h>
 
 namespace rb::imaging {
 

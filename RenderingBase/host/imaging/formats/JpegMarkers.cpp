@@ -11,13 +11,13 @@
 
 #include "RenderingBase/host/imaging/formats/JpegMarkers.h"
 
+#include "RenderingBase/host/imaging/formats/BufferedSource.h"
+
 #include <cstdint>
 #include <cstring>
 #include <optional>
 #include <span>
 #include <string_view>
-
-#include "RenderingBase/host/imaging/formats/BufferedSource.h"
 
 namespace rb::imaging {
 namespace {

@@ -2,11 +2,11 @@
 
 /// @file  What the segments of a JPEG file before its first scan say beside the picture.
 
-#include <cstddef>
-#include <vector>
-
 #include "RenderingBase/host/imaging/ImageResolution.h"
 #include "RenderingBase/host/imaging/formats/ByteSource.h"
+
+#include <cstddef>
+#include <vector>
 
 namespace rb::imaging {
 

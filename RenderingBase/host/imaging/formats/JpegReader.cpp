@@ -12,25 +12,22 @@
 // Arithmetic coding is read; lossless frames and samples of 12 bits are refused by the codec, in
 // its words. No orientation is applied.
 
-#include <cstdio>
-
-#include <jpeglib.h>
-
-#include <jerror.h>
-
-#include <algorithm>
-#include <array>
-#include <cstring>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "RenderingBase/host/imaging/ColorEngine.h"
 #include "RenderingBase/host/imaging/ParallelRows.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/JpegErrors.h"
 #include "RenderingBase/host/imaging/formats/JpegInput.h"
 #include "RenderingBase/host/imaging/formats/JpegMarkers.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <jerror.h>
+#include <jpeglib.h>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace rb::imaging {
 namespace {

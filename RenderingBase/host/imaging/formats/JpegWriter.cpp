@@ -3,15 +3,15 @@
 //
 // Sources: ITU-T T.81; T.871 clause 10 (JFIF); ICC.1:2010 annex B.4.
 
+#include "RenderingBase/host/imaging/formats/ImageWriter.h"
+#include "RenderingBase/host/imaging/formats/JpegErrors.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <utility>
 #include <vector>
-
-#include "RenderingBase/host/imaging/formats/ImageWriter.h"
-#include "RenderingBase/host/imaging/formats/JpegErrors.h"
 
 namespace rb::imaging {
 namespace {

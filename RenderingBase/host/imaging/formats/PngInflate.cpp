@@ -10,17 +10,16 @@
 
 #include "RenderingBase/host/imaging/formats/PngInflate.h"
 
-#include <libdeflate.h>
-
-#include <algorithm>
-#include <cstring>
-#include <memory>
-#include <optional>
-#include <vector>
-
 #include "RenderingBase/host/imaging/PixelStorage.h"
 #include "RenderingBase/host/imaging/formats/PngUnfilter.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
+
+#include <algorithm>
+#include <cstring>
+#include <libdeflate.h>
+#include <memory>
+#include <optional>
+#include <vector>
 
 namespace rb::imaging {
 namespace {

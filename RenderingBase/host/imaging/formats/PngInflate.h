@@ -2,11 +2,11 @@
 
 /// @file  The fast way through the pixels of a PNG file that is not interlaced.
 
+#include "RenderingBase/host/imaging/formats/ByteSource.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
-
-#include "RenderingBase/host/imaging/formats/ByteSource.h"
 
 namespace rb::imaging {
 

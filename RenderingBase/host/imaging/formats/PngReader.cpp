@@ -11,7 +11,10 @@
 // chunks only tRNS, iCCP and pHYs matter here: gamma, background and the like are for whoever shows
 // the picture, and the pixels are delivered as they are stored.
 
-#include <png.h>
+#include "RenderingBase/host/imaging/formats/BufferedSource.h"
+#include "RenderingBase/host/imaging/formats/ImageReader.h"
+#include "RenderingBase/host/imaging/formats/PngInflate.h"
+#include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 #include <algorithm>
 #include <array>
@@ -19,12 +22,8 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <png.h>
 #include <string>
-
-#include "RenderingBase/host/imaging/formats/BufferedSource.h"
-#include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/PngInflate.h"
-#include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 namespace rb::imaging {
 namespace {

@@ -7,7 +7,8 @@
 // Source: W3C PNG Specification, second edition (ISO/IEC 15948), clauses 5.3, 9.2, 10.1, 11.2 and
 // 11.3.
 
-#include <libdeflate.h>
+#include "RenderingBase/host/imaging/PixelStorage.h"
+#include "RenderingBase/host/imaging/formats/ImageWriter.h"
 
 #include <algorithm>
 #include <array>
@@ -15,14 +16,12 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <libdeflate.h>
 #include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
-
-#include "RenderingBase/host/imaging/PixelStorage.h"
-#include "RenderingBase/host/imaging/formats/ImageWriter.h"
 
 namespace rb::imaging {
 namespace {

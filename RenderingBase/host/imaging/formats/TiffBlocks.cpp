@@ -1,5 +1,7 @@
 #include "RenderingBase/host/imaging/formats/TiffBlocks.h"
 
+#include "RenderingBase/host/imaging/formats/SaturatedMath.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cstring>
@@ -10,8 +12,6 @@
 #include <system_error>
 #include <thread>
 #include <vector>
-
-#include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 namespace rb::imaging {
 namespace {

@@ -2,11 +2,11 @@
 
 /// @file  Decoding the strips and tiles of a TIFF file.
 
-#include <cstddef>
-
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/TiffDirectory.h"
 #include "RenderingBase/host/imaging/formats/TiffPixels.h"
+
+#include <cstddef>
 
 namespace rb::imaging {
 

@@ -2,15 +2,15 @@
 
 /// @file  What the first directory of a TIFF file declares, checked, in plain values.
 
-#include <cstddef>
-#include <cstdint>
-#include <vector>
-
 #include "RenderingBase/host/imaging/ImageResolution.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/TiffCompression.h"
 #include "RenderingBase/host/imaging/formats/TiffHandle.h"
 #include "RenderingBase/host/imaging/formats/TiffSamples.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace rb::imaging {
 

@@ -1,12 +1,11 @@
 #include "RenderingBase/host/imaging/formats/TiffHandle.h"
 
-#include <sys/types.h>
-
 #include <array>
 #include <cstdarg>
 #include <limits>
 #include <memory>
 #include <new>
+#include <sys/types.h>
 
 namespace rb::imaging {
 namespace {

@@ -3,14 +3,13 @@
 /// @file  Open TIFF files of the codec library, over bytes and without a word on standard error.
 /// The only header that includes the codec library's.
 
-#include <tiffio.h>
+#include "RenderingBase/host/imaging/formats/ByteSource.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
 #include <string>
-
-#include "RenderingBase/host/imaging/formats/ByteSource.h"
+#include <tiffio.h>
 
 namespace rb::imaging {
 

@@ -1,11 +1,11 @@
 #include "RenderingBase/host/imaging/formats/TiffPixels.h"
 
+#include "RenderingBase/host/imaging/HalfBits.h"
+#include "RenderingBase/host/imaging/formats/XyzColor.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
-
-#include "RenderingBase/host/imaging/HalfBits.h"
-#include "RenderingBase/host/imaging/formats/XyzColor.h"
 
 namespace rb::imaging {
 namespace {

@@ -2,15 +2,15 @@
 
 /// @file  From decoded rows of a TIFF file to delivered pixels.
 
+#include "RenderingBase/host/imaging/ColorEngine.h"
+#include "RenderingBase/host/imaging/formats/ImageReader.h"
+#include "RenderingBase/host/imaging/formats/TiffDirectory.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
-
-#include "RenderingBase/host/imaging/ColorEngine.h"
-#include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/TiffDirectory.h"
 
 namespace rb::imaging {
 

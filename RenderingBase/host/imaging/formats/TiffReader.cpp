@@ -11,15 +11,15 @@
 // 2005: floating point); the BigTIFF design of the codec library. Rows are delivered as they are
 // stored, whatever the orientation field says.
 
-#include <array>
-#include <cstring>
-#include <memory>
-#include <optional>
-
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/TiffBlocks.h"
 #include "RenderingBase/host/imaging/formats/TiffDirectory.h"
 #include "RenderingBase/host/imaging/formats/TiffPixels.h"
+
+#include <array>
+#include <cstring>
+#include <memory>
+#include <optional>
 
 namespace rb::imaging {
 namespace {

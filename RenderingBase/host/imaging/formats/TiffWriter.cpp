@@ -3,19 +3,18 @@
 // time and less space than LZW: 0.8 s and 27 MB against 1.0 s and 31 MB for a photograph of 4096 x
 // 4096 pixels. TiffReader.cpp shows the layout of a file and names the sources.
 
-#include <libdeflate.h>
+#include "RenderingBase/host/imaging/ParallelRows.h"
+#include "RenderingBase/host/imaging/formats/ImageWriter.h"
+#include "RenderingBase/host/imaging/formats/TiffHandle.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <libdeflate.h>
 #include <memory>
 #include <new>
 #include <string>
 #include <vector>
-
-#include "RenderingBase/host/imaging/ParallelRows.h"
-#include "RenderingBase/host/imaging/formats/ImageWriter.h"
-#include "RenderingBase/host/imaging/formats/TiffHandle.h"
 
 namespace rb::imaging {
 namespace {
