@@ -17,7 +17,7 @@ install(EXPORT RenderingBaseTargets NAMESPACE RenderingBase:: DESTINATION "${RB_
 configure_package_config_file(cmake/RenderingBaseConfig.cmake.in
     "${CMAKE_CURRENT_BINARY_DIR}/RenderingBaseConfig.cmake" INSTALL_DESTINATION "${RB_CMAKE_DIR}")
 write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/RenderingBaseConfigVersion.cmake"
-    COMPATIBILITY SameMajorVersion)
+    COMPATIBILITY SameMinorVersion)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/RenderingBaseConfig.cmake"
               "${CMAKE_CURRENT_BINARY_DIR}/RenderingBaseConfigVersion.cmake"
         DESTINATION "${RB_CMAKE_DIR}")

@@ -100,7 +100,59 @@ TEST(CommandLine, wrong_usage_is_status_2_with_one_line) {
         EXPECT_EQ(std::ranges::count(result.err, '\n'), 1) << result.err;
         EXPECT_NE(result.err.find("--help'"), std::string::npos) << result.err;
         EXPECT_EQ(result.err.find('\x1f'), std::string::npos);
+        EXPECT_NE(result.err.find("expected "), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(", found "), std::string::npos) << result.err;
     }
+}
+
+struct WrongCase {
+    Arguments arguments;
+    std::string complaint;
+};
+
+TEST(CommandLine, wrong_usage_tells_what_was_expected_and_what_was_found) {
+    const std::string program = "rba image convert";
+    const std::vector<WrongCase> cases = {
+        {{}, "expected IN, found none"},
+        {{"a.png"}, "expected OUT, found none"},
+        {{"a.png", "b.png", "c.png", "d.png"}, "expected no more arguments, found 'c.png'"},
+        {{"--size", "1", "a.png", "b.png"},
+         "expected an option of '" + program + "', found '--size'"},
+        {{"--size=1", "a.png", "b.png"}, "expected an option of '" + program + "', found '--size'"},
+        {{"a.png", "b.png", "--dpi"}, "--dpi: expected a value, found none"},
+        {{"--dpi", "--json", "a.png", "b.png"}, "--dpi: expected a value, found '--json'"},
+        {{"--json=yes", "a.png", "b.png"}, "--json: expected no value, found 'yes'"},
+        {{"--dpi", "x", "a.png", "b.png"}, "--dpi: expected a whole number, found 'x'"},
+        {{"--dpi=", "a.png", "b.png"}, "--dpi: expected a whole number, found ''"},
+        {{"--dpi=7.5", "a.png", "b.png"}, "--dpi: expected a whole number, found '7.5'"},
+        {{"--dpi=3000000000", "a.png", "b.png"},
+         "--dpi: expected a whole number from -2147483648 to 2147483647, found '3000000000'"},
+        {{"--dpi=96", "a.png", "b.png", "--dpi", "97"}, "--dpi: expected one value, found 2"},
+    };
+    for (const auto& [more, complaint] : cases) {
+        Arguments arguments = {"image", "convert"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const RbaResult result = runRba(arguments);
+        EXPECT_EQ(result.status, 2) << complaint;
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, "rba: " + complaint + "; see '" + program + " --help'\n");
+    }
+}
+
+TEST(CommandLine, empty_path_is_named) {
+    const TempFolder folder;
+    const std::string picture = writePicture(folder, "in.png", 2, 2);
+    RbaSettings inFolder;
+    inFolder.folder = folder.path();
+    for (const Arguments& arguments :
+         {Arguments{"image", "info", ""}, Arguments{"image", "find", "", "--kind", "1"},
+          Arguments{"image", "convert", "", "out.png"}, Arguments{"image", "convert", picture, ""},
+          Arguments{"tour", "", "--samples", folder.path()}}) {
+        const RbaResult result = runRba(arguments, inFolder);
+        EXPECT_NE(result.status, 0);
+        EXPECT_TRUE(isErrorLine(result.err, "an empty path"));
+    }
+    EXPECT_TRUE(isErrorLine(runRba({"settings", "get", "", "A"}).err, "an empty name"));
 }
 
 TEST(CommandLine, unknown_command_is_named_with_those_that_there_are) {

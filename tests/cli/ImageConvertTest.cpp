@@ -69,6 +69,16 @@ TEST(ImageConvert, options_of_drawings_are_accepted_for_rasters) {
     EXPECT_EQ(load(folder.file("out.png"))->GetXPixelSize(), 0);
 }
 
+TEST(ImageConvert, help_says_what_the_options_of_drawings_are_for) {
+    const std::string help = runRba({"image", "convert", "--help"}).out;
+    for (const char* option : {"--group G", "--dpi N"}) {
+        const auto at = help.find(option);
+        const std::string text = help.substr(at, help.find("\n  -", at) - at);
+        EXPECT_NE(text.find("For drawings"), std::string::npos) << text;
+        EXPECT_NE(text.find("pictures take no notice"), std::string::npos) << text;
+    }
+}
+
 TEST(ImageConvert, group_takes_one_value_so_that_paths_may_follow) {
     const TempFolder folder;
     const std::string in = writePicture(folder, "in.png", 5, 4);

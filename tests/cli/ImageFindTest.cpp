@@ -40,7 +40,31 @@ TEST(ImageFind, extension_of_another_kind_is_status_minus_1) {
     EXPECT_TRUE(isErrorLine(text.err, path));
     EXPECT_NE(text.err.find("status -1, extension not accepted"), std::string::npos);
     EXPECT_EQ(runRba({"--json", "image", "find", path, "--kind", "4"}).json()["status"], -1);
-    EXPECT_EQ(runRba({"--json", "image", "find", path, "--kind", "-7"}).json()["status"], -1);
+}
+
+TEST(ImageFind, kind_that_there_is_not_is_wrong_usage) {
+    const TempFolder folder;
+    const std::string path = folder.write("oak.png");
+    for (const std::string kind : {"0", "5", "9", "-7"}) {
+        const RbaResult result = runRba({"--json", "image", "find", path, "--kind", kind});
+        EXPECT_EQ(result.status, 2) << kind;
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err,
+                  "rba: --kind: expected 1 (images), 2 (effects), 3 (environment maps) or 4 "
+                  "(photometric tables), found " +
+                      kind + "\n");
+    }
+}
+
+TEST(ImageFind, refused_link_is_told_by_the_extension_of_its_target) {
+    const TempFolder folder;
+    folder.write("o.gif");
+    std::filesystem::create_symlink("o.gif", folder.file("l.png"));
+    const RbaResult result = runRba({"image", "find", folder.file("l.png"), "--kind", "1"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(isErrorLine(result.err, folder.file("l.png")));
+    EXPECT_NE(result.err.find("status -1, "), std::string::npos);
+    EXPECT_TRUE(result.err.ends_with(", found 'gif'\n")) << result.err;
 }
 
 TEST(ImageFind, startup_path_is_searched_for_the_file_name) {

@@ -1,6 +1,6 @@
 #include "tests/cli/RunRba.h"
 
-#include <cmath>
+#include <span>
 
 namespace rb::test {
 namespace {
@@ -76,6 +76,39 @@ TEST(ImageInfo, profile_is_named_as_in_the_file) {
     EXPECT_EQ(runRba({"--json", "image", "info", path}).json()[0]["profile"], name);
     EXPECT_NE(runRba({"image", "info", path}).out.find("\n  profile     " + name + "\n"),
               std::string::npos);
+}
+
+/// The built-in profile with ESC for the first letter of its name (UTF-16, big endian).
+KVRVar<KVRMMColorProfile> profileWithEscape() {
+    const auto profile = KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateSRGB());
+    const std::string name(profile->getProfileName().View());
+    std::string wide;
+    for (const char c : name) wide += {'\0', c};
+    const auto data = profile->GetData();
+    std::string bytes(reinterpret_cast<const char*>(data.data()), data.size());
+    bytes.at(bytes.find(wide) + 1) = '\x1b';
+    return KVRVar<KVRMMColorProfile>::Adopt(
+        KVRMMColorProfile::CreateFromMemory(std::as_bytes(std::span(bytes))));
+}
+
+TEST(ImageInfo, profile_name_and_path_do_not_steer_the_terminal) {
+    const TempFolder folder;
+    const std::string path = folder.file("a\x1b[2Jb.png");
+    const auto image =
+        KVRVar<KVRPixelImage>::Adopt(new KVRPixelImage(4, 4, KVRPixelImageFormat::RGB));
+    const auto profile = profileWithEscape();
+    ASSERT_TRUE(profile);
+    const std::string name(profile->getProfileName().View());
+    ASSERT_TRUE(name.starts_with('\x1b')) << name;
+    image->AssignColorProfile(profile.Get(), 0);
+    ASSERT_EQ(image->WriteToFile(path, "PNG"), S_OK);
+    const std::string text = runRba({"image", "info", path}).out;
+    EXPECT_EQ(text.find('\x1b'), std::string::npos);
+    EXPECT_TRUE(text.starts_with(folder.file("a\\x1b[2Jb.png") + "\n")) << text;
+    EXPECT_TRUE(text.ends_with("\n  profile     \\x1b" + name.substr(1) + "\n")) << text;
+    const Json json = runRba({"--json", "image", "info", path}).json();
+    EXPECT_EQ(json[0]["path"], path);
+    EXPECT_EQ(json[0]["profile"], name);
 }
 
 TEST(ImageInfo, floating_point_images_are_told_as_they_are) {

@@ -44,6 +44,36 @@ TEST(ImageUnits, negative_and_endless_measures_are_wrong_usage) {
     }
 }
 
+TEST(ImageUnits, numbers_are_decimal_whatever_they_begin_with) {
+    EXPECT_EQ(runRba({"image", "units", "size-mm", "0300", "300"}).out, "25.4 mm\n");
+    EXPECT_EQ(runRba({"image", "units", "infer-dpi", "08", "25.4"}).out, "8 dpi\n");
+    EXPECT_EQ(runRba({"image", "units", "size-px", "025.4", "+0100"}).out, "100 px\n");
+}
+
+TEST(ImageUnits, other_texts_are_wrong_usage) {
+    for (const char* text : {"", " ", "0x10", "1 2", "12px", "1,5", "--", "++1", "+-1", "1e99"}) {
+        for (const Arguments& arguments :
+             {Arguments{"image", "units", "infer-dpi", "--", text, "25.4"},
+              Arguments{"image", "units", "infer-dpi", "--", "100", text}}) {
+            const RbaResult result = runRba(arguments);
+            EXPECT_EQ(result.status, 2) << text;
+            EXPECT_EQ(result.out, "");
+            EXPECT_TRUE(isErrorLine(result.err, text == arguments[4] ? "PX" : "MM"));
+            EXPECT_NE(result.err.find("found '" + std::string(text) + "'"), std::string::npos);
+        }
+    }
+}
+
+TEST(ImageUnits, beyond_whole_numbers_text_says_so_and_json_stays_a_number) {
+    const RbaResult text = runRba({"image", "units", "size-px", "1e30", "300"});
+    EXPECT_EQ(text.status, 0);
+    EXPECT_EQ(text.out, "2147483647 px or more, beyond the range of a whole number\n");
+    EXPECT_EQ(runRba({"--json", "image", "units", "size-px", "1e30", "300"}).json()["value"],
+              2147483647);
+    EXPECT_EQ(runRba({"image", "units", "infer-dpi", "100", "1e-30"}).out,
+              "2147483647 dpi or more, beyond the range of a whole number\n");
+}
+
 TEST(ImageHalf, table_shows_bits_and_what_was_lost) {
     const RbaResult result = runRba({"image", "half", "0.1", "65504", "65520", "-0", "1e-8"});
     EXPECT_EQ(result.status, 0);

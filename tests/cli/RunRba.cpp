@@ -1,7 +1,6 @@
 #include "tests/cli/RunRba.h"
 
 #include <algorithm>
-#include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -17,14 +16,16 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     return pointers;
 }
 
-std::vector<std::string> environmentWith(const std::vector<std::string>& additions) {
-    std::vector<std::string> variables = additions;
-    for (char** variable = environ; *variable; ++variable) {
-        const std::string name(*variable, std::strcspn(*variable, "=") + 1);
-        if (std::ranges::none_of(additions,
-                                 [&](const std::string& text) { return text.starts_with(name); }))
-            variables.emplace_back(*variable);
-    }
+/// Adds "NAME=value" unless there is a value of that name.
+void addDefault(std::vector<std::string>& variables, const std::string& addition) {
+    const std::string name = addition.substr(0, addition.find('=') + 1);
+    if (std::ranges::none_of(variables,
+                             [&](const std::string& text) { return text.starts_with(name); }))
+        variables.push_back(addition);
+}
+
+std::vector<std::string> environmentWith(std::vector<std::string> variables) {
+    for (char** variable = environ; *variable; ++variable) addDefault(variables, *variable);
     return variables;
 }
 
@@ -52,6 +53,12 @@ int startRba(const Arguments& arguments, const RbaSettings& settings, const std:
     return process;
 }
 
+bool isRunning(int process) {
+    siginfo_t ended{};
+    waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT);
+    return ended.si_pid == 0;
+}
+
 int waitForRba(int process) {
     int status = 0;
     waitpid(process, &status, 0);
@@ -63,7 +70,12 @@ RbaResult runRba(const Arguments& arguments, const RbaSettings& settings) {
     const std::string out = settings.out.empty() ? folder.file("out") : settings.out;
     const std::string err = folder.file("err");
     RbaResult result;
-    result.status = waitForRba(startRba(arguments, settings, out, err));
+    RbaSettings apart = settings;
+    const std::string empty = folder.file("empty");
+    std::filesystem::create_directory(empty);
+    addDefault(apart.environment, "XDG_CONFIG_HOME=" + empty);
+    addDefault(apart.environment, "KVRStartupPath=" + empty);
+    result.status = waitForRba(startRba(arguments, apart, out, err));
     if (settings.out.empty()) result.out = readFile(out);
     result.err = readFile(err);
     return result;

@@ -30,11 +30,15 @@ struct RbaSettings {
 
 using Arguments = std::vector<std::string>;
 
+/// Runs the program. Settings of the user and start-up paths, where @p settings has none, are those
+/// of an empty folder, whatever they are on this machine.
 RbaResult runRba(const Arguments& arguments, const RbaSettings& settings = {});
 
-/// Starts the program and returns its process number. @p folder as in RbaSettings::environment.
+/// Starts the program, with its output to files, and returns its process number.
 int startRba(const Arguments& arguments, const RbaSettings& settings, const std::string& outFile,
              const std::string& errFile);
+/// Whether a process that was started has not ended yet.
+bool isRunning(int process);
 /// Waits for it and returns the status as in RbaResult.
 int waitForRba(int process);
 

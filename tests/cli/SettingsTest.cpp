@@ -39,6 +39,21 @@ TEST_F(SettingsCommands, set_prints_json_when_asked_and_nothing_when_quiet) {
     EXPECT_EQ(run({"settings", "get", "Mine", "A"}).out, "\n");
 }
 
+TEST_F(SettingsCommands, values_do_not_steer_the_terminal) {
+    // An escape sequence, a line break, and U+009B, which some terminals take for the same as
+    // ESC [; what lies beyond it is text.
+    const std::string value =
+        "a\x1b[2J\nB = 1\xc2\x9b"
+        "2J\xc2\xa0\xc3\xa9";
+    const std::string shown =
+        "a\\x1b[2J\\x0aB = 1\\xc2\\x9b"
+        "2J\xc2\xa0\xc3\xa9";
+    EXPECT_EQ(run({"settings", "set", "Mine", "A", value}).out, "Mine: A = " + shown + "\n");
+    EXPECT_EQ(run({"settings", "get", "Mine", "A"}).out, shown + "\n");
+    EXPECT_EQ(run({"settings", "list"}).out, "Mine\n  A = " + shown + "\n");
+    EXPECT_EQ(run({"--json", "settings", "get", "Mine", "A"}).json()["value"], value);
+}
+
 TEST_F(SettingsCommands, list_shows_every_setting_of_every_repository) {
     EXPECT_EQ(run({"settings", "list"}).out, "");
     EXPECT_EQ(run({"--json", "settings", "list"}).json(), Json::array());

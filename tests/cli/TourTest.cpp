@@ -1,8 +1,11 @@
 #include "tests/cli/RunRba.h"
 
+#include <cerrno>
 #include <regex>
 #include <set>
 #include <signal.h>
+#include <sys/resource.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace rb::test {
@@ -151,11 +154,33 @@ TEST_F(Tour, second_run_replaces_the_page) {
     EXPECT_EQ(entriesOf(folder().file("out/tour")), std::set<std::string>{"index.html"});
 }
 
-TEST_F(Tour, folder_without_samples_still_gives_a_page) {
+TEST_F(Tour, failed_section_is_told_and_the_page_is_written) {
     const TempFolder empty;
     const RbaResult result = runRba({"tour", empty.file("out"), "--samples", empty.path()});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(countOf(readFile(empty.file("out/index.html")), "class=\"trouble\""), 1);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, empty.file("out/index.html") + "\n");
+    EXPECT_TRUE(isErrorLine(result.err, "Images from file to pixels"));
+    const std::string html = readFile(empty.file("out/index.html"));
+    EXPECT_EQ(countOf(html, "class=\"trouble\""), 1);
+    EXPECT_EQ(countOf(html, "<section id=\"half\">"), 1);
+}
+
+TEST_F(Tour, extension_in_capitals_is_the_same_kind) {
+    const TempFolder samples;
+    const std::string picture = readFile(writePicture(folder(), "picture.png", 8, 8));
+    samples.write("a.png", picture);
+    samples.write("b.PNG", picture);
+    const std::string tiff = folder().file("picture.tif");
+    ASSERT_EQ(runRba({"image", "convert", folder().file("picture.png"), tiff}).status, 0);
+    samples.write("c.TIFF", readFile(tiff));
+    const RbaResult result = runRba({"tour", samples.file("out"), "--samples", samples.path()});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const std::string html = readFile(samples.file("out/index.html"));
+    EXPECT_EQ(countOf(html, "<h3>c.TIFF</h3>"), 1);
+    // The first of each kind is damaged in two ways.
+    EXPECT_EQ(countOf(html, "<code>a.png</code></th><td>cut "), 2);
+    EXPECT_EQ(countOf(html, "<code>b.PNG</code></th><td>cut "), 0);
+    EXPECT_EQ(countOf(html, "<code>c.TIFF</code></th><td>cut "), 2);
 }
 
 TEST_F(Tour, missing_samples_and_unusable_places_fail) {
@@ -170,6 +195,40 @@ TEST_F(Tour, missing_samples_and_unusable_places_fail) {
     EXPECT_TRUE(isErrorLine(place.err, file));
 }
 
+/// Lets no process that is started meanwhile write files of more than @p bytes: as on a full disk,
+/// writing fails for a reason that the system gives.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : m_handler(signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_former);
+        const rlimit limit{bytes, m_former.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &m_former);
+        signal(SIGXFSZ, m_handler);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit m_former{};
+    sighandler_t m_handler;
+};
+
+TEST_F(Tour, page_that_cannot_be_written_is_told_with_the_reason) {
+    RbaResult result;
+    {
+        const FileSizeLimit limit(16384);
+        result = run();
+    }
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "rba: " + pagePath() + ": expected a file to write to, found " +
+                              std::generic_category().message(EFBIG) + "\n");
+    EXPECT_FALSE(fs::exists(pagePath()));
+}
+
 TEST_F(Tour, own_samples_are_found_without_being_named) {
     const RbaResult result = runRba({"tour", folder().file("own")});
     ASSERT_EQ(result.status, 0) << result.err;
@@ -181,23 +240,41 @@ TEST_F(Tour, own_samples_are_found_without_being_named) {
     }
 }
 
-TEST_F(Tour, interrupted_tour_leaves_nothing) {
-    // Enough work to be in the middle of it when the signal comes.
-    const std::string large = readFile(writePicture(folder(), "large.png", 2048, 2048));
-    for (int i = 0; i < 40; ++i)
-        folder().write("samples/large" + std::to_string(i) + ".png", large);
-    const fs::path scratch = folder().path() / "scratch";
-    fs::create_directory(scratch);
-    RbaSettings settings;
-    settings.environment = {"TMPDIR=" + scratch.string()};
-    const int process =
-        startRba({"tour", folder().file("out"), "--samples", folder().file("samples")}, settings,
-                 folder().file("stdout"), folder().file("stderr"));
-    while (entriesOf(scratch).empty() && kill(process, 0) == 0) usleep(1000);
-    kill(process, SIGINT);
-    EXPECT_EQ(waitForRba(process), 128 + SIGINT) << readFile(folder().file("stderr"));
-    EXPECT_TRUE(entriesOf(scratch).empty());
+/// A tour that is interrupted in the middle.
+class InterruptedTour : public Tour {
+protected:
+    /// @param pictures  Large ones, besides the samples.
+    int runAndInterrupt(int pictures) const {
+        const std::string large = readFile(writePicture(folder(), "large.png", 2048, 2048));
+        for (int i = 0; i < pictures; ++i)
+            folder().write("samples/large" + std::to_string(i) + ".png", large);
+        fs::create_directory(scratch());
+        RbaSettings settings;
+        settings.environment = {"TMPDIR=" + scratch().string()};
+        const int process =
+            startRba({"tour", folder().file("out"), "--samples", folder().file("samples")},
+                     settings, folder().file("stdout"), folder().file("stderr"));
+        while (entriesOf(scratch()).empty() && isRunning(process)) usleep(1000);
+        kill(process, SIGINT);
+        return waitForRba(process);
+    }
+    fs::path scratch() const { return folder().path() / "scratch"; }
+    std::string errors() const { return readFile(folder().file("stderr")); }
+};
+
+TEST_F(InterruptedTour, leaves_nothing) {
+    EXPECT_EQ(runAndInterrupt(40), 128 + SIGINT) << errors();
+    EXPECT_TRUE(entriesOf(scratch()).empty());
     EXPECT_FALSE(fs::exists(folder().file("out")));
+}
+
+TEST_F(InterruptedTour, goes_on_when_interrupts_are_ignored) {
+    const auto handler = signal(SIGINT, SIG_IGN);  // passed on to the program
+    const int status = runAndInterrupt(2);
+    signal(SIGINT, handler);
+    EXPECT_EQ(status, 0) << errors();
+    EXPECT_TRUE(entriesOf(scratch()).empty());
+    EXPECT_TRUE(fs::exists(folder().file("out/index.html")));
 }
 
 }  // namespace

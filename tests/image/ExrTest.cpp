@@ -10,6 +10,7 @@
 #include <ImfDeepScanLineOutputFile.h>
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
+#include <ImfIntAttribute.h>
 #include <ImfMultiPartOutputFile.h>
 #include <ImfOutputFile.h>
 #include <ImfOutputPart.h>
@@ -22,8 +23,24 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <map>
+#include <pthread.h>
 #include <string>
+#include <sys/syscall.h>
+#include <unistd.h>
 #include <vector>
+
+namespace {
+
+int systemReads = 0;
+
+}  // namespace
+
+/// The function of the system, in this program and for the libraries it uses: counts its calls.
+extern "C" [[gnu::visibility("default")]] ssize_t pread(int descriptor, void* to, std::size_t count,
+                                                        off_t offset) {
+    ++systemReads;
+    return syscall(SYS_pread64, descriptor, to, count, offset);
+}
 
 namespace {
 
@@ -434,4 +451,64 @@ TEST(ExrReader, attributes_larger_than_the_file_are_refused_without_their_memory
         EXPECT_NE(refusalOf(changed).find("byte"), std::string::npos);
         EXPECT_LT(peakAddressSpace() - before, 48 << 20);
     }
+}
+
+namespace {
+
+/// A grey picture with @p count attributes of its own.
+std::string withAttributes(const TempFolder& folder, int count) {
+    const std::string path = folder.file("attributes.exr");
+    const Channels channels{{"Y", Imf::HALF}};
+    Imf::Header header = headerFor(channels, kOrigin());
+    for (int i = 0; i < count; ++i) header.insert("a" + std::to_string(i), Imf::IntAttribute(i));
+    const Samples samples(channels, kOrigin());
+    Imf::OutputFile file(path.c_str(), header);
+    file.setFrameBuffer(samples.frameBuffer());
+    file.writePixels(kHeight);
+    return path;
+}
+
+}  // namespace
+
+TEST(ExrReader, headers_cost_few_calls_of_the_system) {
+    const TempFolder folder;
+    const std::string path = withAttributes(folder, 30000);  // about 600 KB
+    systemReads = 0;
+    EXPECT_EQ(halves(path, Format::L_f16), expected({0}));
+    EXPECT_LT(systemReads, 1000);
+}
+
+TEST(ExrReader, attributes_without_number_are_refused) {
+    const TempFolder folder;
+    const std::string found = refusalOf(contentOf(withAttributes(folder, 33000)));
+    EXPECT_NE(found.find("expected at most 32768 attributes, found more"), std::string::npos)
+        << found;
+}
+
+TEST(ExrReader, names_of_attributes_that_do_not_end_are_refused) {
+    const std::string start = std::string("\x76\x2f\x31\x01", 4) + littleEndian(2);
+    EXPECT_EQ(refusalOf(start + std::string(200, 'n')),
+              "byte 208: expected a header that ends, found the end of the file");
+    EXPECT_EQ(refusalOf(start + std::string(400, 'n')),
+              "byte 8: expected a name of at most 255 bytes, found a longer one");
+}
+
+TEST(ExrReader, decodes_when_no_thread_can_be_started) {
+    // In a process of its own: threads that run already stay.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const TempFolder folder;
+    const std::string path = written(folder, {{"Y", Imf::HALF}});
+    const auto load = [&path] {
+        // A stack that no address space has room for.
+        pthread_attr_t attributes;
+        pthread_attr_init(&attributes);
+        pthread_attr_setstacksize(&attributes, std::size_t{1} << 60);
+        pthread_setattr_default_np(&attributes);
+        pthread_t thread;
+        const bool refused =
+            pthread_create(
+                &thread, nullptr, [](void*) -> void* { return nullptr; }, nullptr) != 0;
+        std::exit(refused && halves(path, Format::L_f16) == expected({0}) ? 0 : 1);
+    };
+    EXPECT_EXIT(load(), testing::ExitedWithCode(0), "");
 }

@@ -1,5 +1,5 @@
-// JPEG files that are not as they should be: which are refused, with which reason, and which are
-// not.
+// JPEG files that are not as they should be: which ones are refused, for which reason, and which
+// ones load.
 
 #include "tests/image/ImageFiles.h"
 #include "tests/image/JpegBuilder.h"
@@ -39,8 +39,8 @@ std::string withFrame(std::string file, std::size_t offset, const std::string& b
     return file.replace(placeOf(file, kBaselineFrame) + offset, bytes.size(), bytes);
 }
 
-/// A progressive picture of one block with @p scans scans: one for the mean, the others for
-/// nothing.
+/// A progressive picture of one block with @p scans scans: the first has the mean, the others
+/// have nothing.
 std::string manyScans(int scans) {
     const std::string oneCode(1, '\1'), rest(15, '\0');
     std::string file = "\xff\xd8" + segment(0xDB, "\0"s + std::string(64, '\1')) +

@@ -1,5 +1,5 @@
-// PNG files that are not as they should be: which are refused, with which reason, and which are
-// not.
+// PNG files that are not as they should be: which ones are refused, for which reason, and which
+// ones load.
 
 #include "tests/image/ImageFiles.h"
 #include "tests/image/PngBuilder.h"
@@ -127,9 +127,24 @@ TEST(PngDamage, harmless_oddities_load) {
     EXPECT_EQ(pixelsOfSmall(small().build() + "behind the end"), kSmallPixels);
     png = small();
     png.before = chunk("abCd", "a private chunk");
-    png.after = chunk("zTXt", "not a text");
-    png.after = chunk("tIME", std::string(7, '\1')) + chunk("IDAT", "data apart from the other");
+    png.after = chunk("zTXt", "not a text") + chunk("tIME", std::string(7, '\1')) +
+                chunk("IDAT", "data apart from the other");
     EXPECT_EQ(pixelsOfSmall(png.build()), kSmallPixels);
+}
+
+TEST(PngDamage, an_unknown_critical_chunk_is_refused_wherever_it_stands) {
+    const std::string unknown = chunk("ABCD", "what nobody knows");
+    // A transparent grey takes the ordinary way instead of the fast one.
+    for (const std::string& before : {std::string(), chunk("tRNS", std::string("\0\7", 2))}) {
+        PngBuilder png = small();
+        png.before = before;
+        EXPECT_EQ(refusalOf(png.build()), "");
+        png.before = before + unknown;
+        EXPECT_PRED2(contains, refusalOf(png.build()), "ABCD");
+        png.before = before;
+        png.after = unknown;
+        EXPECT_PRED2(contains, refusalOf(png.build()), "ABCD");
+    }
 }
 
 TEST(PngDamage, data_in_pieces_of_a_byte_loads) {

@@ -44,6 +44,10 @@ public:
         m_fields[tag] = {type, count, bytes};
         return *this;
     }
+    /// A field whose value stands at byte @p offset, where something else stands already.
+    TiffBuilder& elsewhere(unsigned tag, Type type, unsigned count, std::uint64_t offset) {
+        return raw(tag, type, count, number(offset, wordBytes()));
+    }
     TiffBuilder& erase(unsigned tag) {
         m_fields.erase(tag);
         return *this;
@@ -63,6 +67,15 @@ public:
         m_tiled = true;
         return erase(278).set(322, kLong, {width}).set(323, kLong, {height});
     }
+    /// Makes a BigTIFF file. Call it before what depends on it: `elsewhere`.
+    TiffBuilder& bigTiff() {
+        m_bigTiff = true;
+        return *this;
+    }
+    /// Bytes of offsets and of values that stand in the directory itself.
+    int wordBytes() const { return m_bigTiff ? 8 : 4; }
+    /// Where the first block stands.
+    std::uint64_t headerBytes() const { return m_bigTiff ? 16 : 8; }
     /// A number of 1 to 8 bytes in the byte order of the file.
     std::string number(std::uint64_t value, int bytes) const {
         std::string text;
@@ -78,7 +91,11 @@ public:
 
     /// Blocks follow the header, then come the directory and the values that do not fit into it.
     std::string build() {
-        std::string file = (m_big ? "MM" : "II") + number(42, 2) + number(0, 4);
+        const int word = wordBytes();
+        const auto inlineBytes = static_cast<std::size_t>(word);
+        std::string file = m_big ? "MM" : "II";
+        file += m_bigTiff ? number(43, 2) + number(8, 2) + number(0, 2) : number(42, 2);
+        file += number(0, word);
         std::vector<std::uint32_t> offsets, counts;
         for (const std::string& block : m_blocks) {
             offsets.push_back(static_cast<std::uint32_t>(file.size()));
@@ -90,20 +107,22 @@ public:
             m_fields.emplace(m_tiled ? 325 : 279, field(counts));
         }
         if (file.size() % 2) file += '\0';
-        file.replace(4, 4, number(file.size(), 4));
+        file.replace(headerBytes() - inlineBytes, inlineBytes, number(file.size(), word));
         std::string rest;
-        const std::size_t restBegins = file.size() + 2 + 12 * m_fields.size() + 4;
-        file += number(m_fields.size(), 2);
+        const int countBytes = m_bigTiff ? 8 : 2;
+        const std::size_t restBegins = file.size() + static_cast<std::size_t>(countBytes) +
+                                       (4 + 2 * inlineBytes) * m_fields.size() + inlineBytes;
+        file += number(m_fields.size(), countBytes);
         for (const auto& [tag, field] : m_fields) {
-            file += number(tag, 2) + number(field.type, 2) + number(field.count, 4);
-            if (field.bytes.size() <= 4) {
-                file += field.bytes + std::string(4 - field.bytes.size(), '\0');
+            file += number(tag, 2) + number(field.type, 2) + number(field.count, word);
+            if (field.bytes.size() <= inlineBytes) {
+                file += field.bytes + std::string(inlineBytes - field.bytes.size(), '\0');
             } else {
-                file += number(restBegins + rest.size(), 4);
+                file += number(restBegins + rest.size(), word);
                 rest += field.bytes + std::string(field.bytes.size() % 2, '\0');
             }
         }
-        return file + number(0, 4) + rest;
+        return file + number(0, word) + rest;
     }
 
 private:
@@ -119,6 +138,7 @@ private:
     }
 
     bool m_big;
+    bool m_bigTiff = false;
     bool m_tiled = false;
     std::map<unsigned, Field> m_fields;
     std::vector<std::string> m_blocks;

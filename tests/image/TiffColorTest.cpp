@@ -214,9 +214,8 @@ TEST(TiffColor, rows_of_luminance_and_chroma_stay_where_they_are) {
 }
 
 TEST(TiffColor, log_luminance_becomes_float) {
-    // 16 bits: 256 steps to the factor 2, 0x4000 is 1 (SGI's log encoding). Stored run-length
-    // coded, first all high bytes, then all low ones: 130 and a byte are four of it, 4 comes before
-    // four different ones.
+    // 16 bits: 256 steps to the factor 2, 0x4000 is 1 (SGI's log encoding). Run lengths of all high
+    // bytes, then of all low ones: 130 and a byte are four of it, 4 comes before four others.
     TiffBuilder tiff(4, 1);
     tiff.samples(1, 16, 2)
         .set(259, TiffBuilder::kShort, {34676})

@@ -113,8 +113,7 @@ TEST(TiffLayout, reads_floats_of_16_24_32_and_64_bits) {
         half.samples(1, 16, 3).block(half.numbers({0x3C00, 0xC100, 0x0001}, 2));
         EXPECT_EQ(halvesOf(loadBytes(half.build()), 3, 1, Format::L_f16),
                   (std::vector<float>{1, -2.5F, 0x1p-24F}));
-        // Sign, 7 bits of exponent with bias 63, 16 bits: 1, -2.5, the smallest, the largest,
-        // infinity.
+        // Sign, 7 bits of exponent (bias 63), 16 bits: 1, -2.5, smallest, largest, infinity.
         small.samples(1, 24, 3).block(
             small.numbers({0x3F0000, 0xC04000, 0x000001, 0x7EFFFF, 0x7F0000}, 3));
         EXPECT_EQ(floatsOf(loadBytes(small.build()), 5, 1, Format::L_f),

@@ -31,8 +31,7 @@ std::string written(const TempFolder& folder, const Image& image) {
 
 TEST(TiffWriter, pixels_come_back) {
     const TempFolder folder;
-    // One pixel; one strip; strips of many rows, more than are made at once; rows longer than a
-    // strip.
+    // One pixel; one strip; more strips than are made at once; rows longer than a strip.
     constexpr std::pair<int, int> kSizes[] = {{1, 1}, {61, 23}, {1200, 1900}, {100003, 70}};
     for (const auto& [width, height] : kSizes)
         for (const int channels : {1, 2, 3, 4}) {

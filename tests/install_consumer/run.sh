@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs the build and builds the consumer against it, through CMake or through pkg-config.
-# usage: run.sh cmake|pkg-config BUILD_DIR SOURCE_DIR COMPILER
+# Or compares what is installed and exported with files.txt and symbols.txt, so that neither changes
+# unnoticed. After a change on purpose: run.sh lists BUILD_DIR . - | patch -d tests/install_consumer
+# usage: run.sh cmake|pkg-config|lists BUILD_DIR SOURCE_DIR COMPILER
 set -euo pipefail
 way=$1 build=$2 source=$3 compiler=$4
 work=$(mktemp -d)
@@ -11,6 +13,32 @@ cmake --install "$build" --prefix "$work/first" >"$work/install.log"
 mv "$work/first" "$work/installed"
 prefix=$work/installed
 libdir=$(dirname "$(find "$prefix" -name 'libKVRHost.so' | head -n 1)")
+
+installed_files() {
+    (cd "$prefix" && find . ! -type d) |
+        sed -E "s|^\./||; s|^${libdir#"$prefix"/}/|LIBDIR/|; s|(Targets)-[a-z]+(\.cmake)|\1-CONFIG\2|" |
+        LC_ALL=C sort
+}
+
+# Functions and objects; what is weak depends on the compiler.
+exported_symbols() {
+    local library
+    for library in KVRHost KVRRbaModel; do
+        nm -DC --defined-only "$libdir/lib$library.so" |
+            sed -nE "s/^[0-9a-f]+ [TRDB] /$library: /p" | LC_ALL=C sort
+    done
+}
+
+if [ "$way" = lists ]; then
+    installed_files >"$work/files.txt"
+    exported_symbols >"$work/symbols.txt"
+    status=0
+    for list in files symbols; do
+        diff -u --label "$list.txt" --label "$list.txt" \
+            "$source/tests/install_consumer/$list.txt" "$work/$list.txt" || status=1
+    done
+    exit $status
+fi
 
 case $way in
 cmake)

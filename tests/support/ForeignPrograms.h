@@ -6,9 +6,9 @@
 /// Example:
 ///     const RawPicture picture = gradients(31, 17, 3, 16);
 ///     const std::string in = writePortableMap(folder, "in.ppm", picture);
-///     runProgram("convert " + shellWord(in) + " -interlace PNG " +
-///     shellWord(folder.file("a.png"))); EXPECT_EQ(decodedByConvert(folder.file("a.png"), "rgb",
-///     16), picture.samples);
+///     const std::string out = folder.file("a.png");
+///     runProgram("convert " + shellWord(in) + " -interlace PNG " + shellWord(out));
+///     EXPECT_EQ(decodedByConvert(out, "rgb", 16), picture.samples);
 
 #include "tests/support/TempFolder.h"
 
@@ -58,7 +58,10 @@ struct RawPicture {
 
     /// The value of one sample.
     int at(int x, int y, int channel) const {
-        const auto index = static_cast<std::size_t>((y * width + x) * channels + channel);
+        const auto pixel = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                           static_cast<std::size_t>(x);
+        const auto index =
+            pixel * static_cast<std::size_t>(channels) + static_cast<std::size_t>(channel);
         const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(samples[i]); };
         return bits == 8 ? byte(index) : byte(2 * index) << 8 | byte(2 * index + 1);
     }

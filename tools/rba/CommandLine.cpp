@@ -4,44 +4,10 @@
 #include "tools/rba/Output.h"
 
 #include <algorithm>
-#include <cctype>
-#include <iostream>
-#include <string_view>
+#include <sstream>
 
 namespace rb::cli {
 namespace {
-
-/// Marks a value. CLI11 takes "-inf" for options, "[a]" for a list, the name of any command for
-/// that command wherever it stands, and forgets "--" behind the first value.
-constexpr char kValueMark = '\x1f';
-
-bool isNegativeNumber(std::string_view text) {
-    if (text.size() < 2 || text[0] != '-') return false;
-    const auto second = static_cast<unsigned char>(text[1]);
-    if (std::isdigit(second) || second == '.') return true;
-    std::string word(text.substr(1));
-    std::ranges::transform(word, word.begin(), [](unsigned char c) { return std::tolower(c); });
-    return word == "inf" || word == "infinity" || word == "nan";
-}
-
-bool isOption(std::string_view text) {
-    return text.size() > 1 && text[0] == '-' && !isNegativeNumber(text);
-}
-
-const CLI::App* findCommand(const CLI::App& app, const std::string& name) {
-    for (const CLI::App* command : app.get_subcommands({}))
-        if (command->get_name() == name) return command;
-    return nullptr;
-}
-
-std::string namesOfCommands(const CLI::App& app) {
-    std::string names;
-    for (const CLI::App* command : app.get_subcommands({})) {
-        if (!names.empty()) names += ", ";
-        names += command->get_name();
-    }
-    return names;
-}
 
 /// The command, or what there is of it, on the command line that was parsed.
 const CLI::App& typedCommand(const CLI::App& program) {
@@ -49,8 +15,6 @@ const CLI::App& typedCommand(const CLI::App& program) {
     while (!app->get_subcommands().empty()) app = app->get_subcommands().front();
     return *app;
 }
-
-std::string seeHelpOf(const CLI::App& app) { return "; see '" + fullName(app) + " --help'"; }
 
 void addCommonFlags(CLI::App& app, Context& context) {
     app.set_help_flag("-h,--help", "Print this help and exit")->group(kCommonOptions);
@@ -60,11 +24,26 @@ void addCommonFlags(CLI::App& app, Context& context) {
         ->group(kCommonOptions);
 }
 
+/// What is wrong with the values on the command line that was parsed.
+std::string complaintAbout(const CLI::App& command, const CLI::ParseError& error) {
+    for (const CLI::Option* option : command.get_options())
+        if (option->get_required() && option->count() == 0)
+            return "expected " + option->get_name() + ", found none";
+    for (const CLI::Option* option : command.get_options()) {
+        const int most = option->get_items_expected_max();
+        if (most > 0 && option->count() > static_cast<std::size_t>(most))
+            return option->get_name() + ": expected one value, found " +
+                   std::to_string(option->count());
+    }
+    const std::vector<std::string> surplus = command.remaining();
+    if (surplus.empty()) return error.what();
+    return "expected no more arguments, found '" + plainValue(surplus.front()) + "'";
+}
+
 int tellParseError(const CLI::App& program, const CLI::ParseError& error, Context& context) {
     if (error.get_exit_code() != 0) {
-        std::string message = error.what();
-        std::erase(message, kValueMark);
-        printError(message + seeHelpOf(typedCommand(program)));
+        const CLI::App& command = typedCommand(program);
+        printError(complaintAbout(command, error) + seeHelpOf(command));
         return kWrongUsage;
     }
     // --help and --version come as errors with exit code 0.
@@ -85,9 +64,8 @@ std::unique_ptr<CLI::App> makeProgram(Context& context) {
         ->group(kCommonOptions);
     addCommonFlags(*program, context);
     program->footer(
-        "Exit status: 0 done, 1 the operation failed (one line on standard error says why), 2 "
-        "wrong "
-        "usage.\n"
+        "Exit status: 0 done, 1 the operation failed (one line on standard error says why),\n"
+        "2 wrong usage.\n"
         "Results go to standard output, everything else to standard error.\n"
         "Arguments that begin with a dash stand behind \"--\": rba image info -- -oak.png");
     return program;
@@ -111,42 +89,13 @@ CLI::App& addBareCommand(CLI::App& parent, Context& context, const CommandText& 
     return command;
 }
 
-std::string plainValue(const std::string& value) {
-    return !value.empty() && value[0] == kValueMark ? value.substr(1) : value;
-}
-
-std::vector<std::string> protectValues(const CLI::App& program, int count,
-                                       const char* const* arguments) {
-    std::vector<std::string> result;
-    const CLI::App* app = &program;
-    bool onlyValues = false;
-    for (int i = 1; i < count; ++i) {
-        const std::string argument = arguments[i];
-        if (!onlyValues && argument == "--") {
-            onlyValues = true;
-        } else if (!onlyValues && isOption(argument)) {
-            result.push_back(argument);
-        } else if (app->get_subcommands({}).empty()) {
-            result.push_back(kValueMark + argument);
-        } else if (const CLI::App* command = onlyValues ? nullptr : findCommand(*app, argument)) {
-            app = command;
-            result.push_back(argument);
-        } else {
-            throw UsageError("expected a command of '" + fullName(*app) + "' (" +
-                             namesOfCommands(*app) + "), found '" + argument + "'" +
-                             seeHelpOf(*app));
-        }
-    }
-    return result;
-}
-
 int parseCommandLine(CLI::App& program, Context& context, int count, const char* const* arguments) {
     try {
         std::vector<std::string> reversed = protectValues(program, count, arguments);
         std::ranges::reverse(reversed);  // the parser takes them from the end
         program.parse(std::move(reversed));
         if (!context.action)
-            throw UsageError("expected a command" + seeHelpOf(typedCommand(program)));
+            throw UsageError("expected a command, found none" + seeHelpOf(typedCommand(program)));
         return kDone;
     } catch (const CLI::ParseError& error) {
         return tellParseError(program, error, context);

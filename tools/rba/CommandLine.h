@@ -13,7 +13,9 @@
 
 #include "tools/rba/Context.h"
 #include "tools/rba/Precompiled.h"
+#include "tools/rba/Values.h"
 
+#include <concepts>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,15 +38,6 @@ CLI::App& addGroup(CLI::App& parent, Context& context, const std::string& name,
 
 /// Everything of a command but its arguments and its work.
 CLI::App& addBareCommand(CLI::App& parent, Context& context, const CommandText& text);
-
-/// Takes off the mark that `protectValues` put on a value.
-std::string plainValue(const std::string& value);
-
-/// The arguments of the program in the form in which the parser takes them as they are meant: what
-/// follows "--" and whatever is not an option or the name of a command is marked as a value.
-/// Throws UsageError for the name of a command that there is not.
-std::vector<std::string> protectValues(const CLI::App& program, int count,
-                                       const char* const* arguments);
 
 /// Parses the command line. The action of the command is in the context afterwards; it is empty
 /// after --help and --version, which are answered here.
@@ -69,18 +62,39 @@ Command<Arguments> addCommand(CLI::App& parent, Context& context,
     return {command, *arguments};
 }
 
+template <class T>
+concept Number = std::same_as<T, int> || std::same_as<T, float>;
+
+/// An argument or an option whose value is a text, or a vector of them.
+template <class T>
+CLI::Option* addValue(CLI::App& command, const std::string& name, T& target,
+                      const std::string& help) {
+    return command.add_option(name, target, help)->transform(plainValue);
+}
+
+/// The parser's own numbers are octal behind a 0, and nothing at all is 0.
+template <Number T>
+CLI::Option* addValue(CLI::App& command, const std::string& name, T& target,
+                      const std::string& help) {
+    const CLI::callback_t read = [&command, name, &target](const CLI::results_t& texts) {
+        readValue(command, name, plainValue(texts.front()), target);
+        return true;
+    };
+    return command.add_option(name, read, help);
+}
+
 /// A required argument. A vector takes one or more values.
 template <class T>
 CLI::Option* addArgument(CLI::App& command, const std::string& name, T& target,
                          const std::string& help) {
-    return command.add_option(name, target, help)->required()->transform(plainValue);
+    return addValue(command, name, target, help)->required();
 }
 
 /// An option with a value. @p valueName stands for it in the help.
 template <class T>
 CLI::Option* addOption(CLI::App& command, const std::string& name, T& target,
                        const std::string& valueName, const std::string& help) {
-    return command.add_option(name, target, help)->type_name(valueName)->transform(plainValue);
+    return addValue(command, name, target, help)->type_name(valueName);
 }
 
 }  // namespace rb::cli

@@ -18,10 +18,23 @@ struct Context {
     std::function<int()> action;  ///< The command that was typed; empty without one.
 };
 
+/// How a line about @p name begins. @p kind says what there is none of when it is empty.
+inline std::string named(const std::string& name, const char* kind = "path") {
+    return name.empty() ? std::string("an empty ") + kind : name;
+}
+
 /// The operation failed: one line for standard error, exit status 1.
 class Failure : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    explicit Failure(const std::string& reason) : runtime_error(reason), m_reason(reason) {}
+    Failure(const std::string& path, const std::string& reason)
+        : runtime_error(named(path) + ": " + reason), m_reason(reason) {}
+
+    /// As in "expected ..., found ...", without the path.
+    const std::string& reason() const { return m_reason; }
+
+private:
+    std::string m_reason;
 };
 
 /// The command was used wrongly: one line for standard error, exit status 2.

@@ -15,8 +15,9 @@ struct ConvertArguments {
 
 void checkDisplayable(const std::string& path, const KVRPixelImage& image) {
     if (!isDisplayable(image))
-        throw Failure(path + ": expected an image with 8-bit pixels, found " + formatName(image) +
-                      " pixels, for which there is no conversion to 8 bits yet");
+        throw Failure(path, std::string("expected an image with 8-bit pixels, found ") +
+                                formatName(image) +
+                                " pixels, for which there is no conversion to 8 bits yet");
 }
 
 void printResult(Context& context, const std::string& path, const KVRPixelImage& image) {
@@ -28,16 +29,16 @@ void printResult(Context& context, const std::string& path, const KVRPixelImage&
                                  {"height", height},
                                  {"format", static_cast<int>(image.GetFormat())}});
     else if (!context.quiet)
-        *context.out << path << ": " << width << " x " << height << " px, " << formatName(image)
-                     << '\n';
+        *context.out << onOneLine(path) << ": " << width << " x " << height << " px, "
+                     << formatName(image) << '\n';
 }
 
 int runConvert(Context& context, const ConvertArguments& arguments) {
     const std::string extension = lowerExtension(arguments.out);
     const char* const writer = writerFor(extension);
     if (!writer)
-        throw UsageError(arguments.out + ": expected a name that ends in " + kWrittenExtensions +
-                         ", found '" + extension + "'");
+        throw UsageError(named(arguments.out) + ": expected a name that ends in " +
+                         kWrittenExtensions + ", found '" + extension + "'");
     if (arguments.dpi < 1)
         throw UsageError("--dpi: expected a number from 1 on, found " +
                          std::to_string(arguments.dpi));
@@ -47,7 +48,7 @@ int runConvert(Context& context, const ConvertArguments& arguments) {
     const KVRVar<KVRPixelImage> image = loadImage(arguments.in, arguments.dpi, groups);
     checkDisplayable(arguments.in, *image.Get());
     if (Failed(image->WriteToFile(frameworkPath(arguments.out), writer)))
-        throw Failure(arguments.out + ": " + imageErrorReason());
+        throw Failure(arguments.out, imageErrorReason());
     printResult(context, arguments.out, *image.Get());
     return kDone;
 }
@@ -64,11 +65,13 @@ void addImageConvert(CLI::App& group, Context& context) {
          "rba image convert oak.tif oak.png"});
     addArgument(command, "IN", arguments.in, "Image file to read");
     addArgument(command, "OUT", arguments.out, "Image file to write");
-    addOption(command, "--group", arguments.groups, "G",
-              "Of drawings: show this group only; may be given several times")
+    addOption(
+        command, "--group", arguments.groups, "G",
+        "For drawings: show this group only; may be given several times; pictures take no notice")
         ->allow_extra_args(false);
-    addOption(command, "--dpi", arguments.dpi, "N",
-              "Of drawings: resolution in dots to the inch, 96 when not given");
+    addOption(
+        command, "--dpi", arguments.dpi, "N",
+        "For drawings: resolution in dots to the inch, 96 when not given; pictures take no notice");
 }
 
 }  // namespace rb::cli

@@ -9,11 +9,15 @@ namespace rb::cli {
 namespace {
 
 constexpr int kFound = 0, kNotAccepted = -1;
+constexpr int kFirstKind = 1, kLastKind = 4;
 
 struct FindArguments {
     std::string path;
     int kind = 0;
 };
+
+constexpr const char* kKinds =
+    "1 (images), 2 (effects), 3 (environment maps) or 4 (photometric tables)";
 
 /// Why the answer was not "found", as in "expected ..., found ...".
 std::string reasonOf(int status, const FindArguments& arguments) {
@@ -27,6 +31,9 @@ std::string reasonOf(int status, const FindArguments& arguments) {
 }
 
 int runFind(Context& context, const FindArguments& arguments) {
+    if (arguments.kind < kFirstKind || arguments.kind > kLastKind)
+        throw UsageError(std::string("--kind: expected ") + kKinds + ", found " +
+                         std::to_string(arguments.kind));
     KVRUnicodeString found;
     const int status = KVRRbaImageServices::FindImageInPaths(
         arguments.kind, frameworkPath(arguments.path), found, nullptr);
@@ -35,10 +42,10 @@ int runFind(Context& context, const FindArguments& arguments) {
         printJson(*context.out,
                   {{"status", status}, {"found", status == kFound ? Json(place) : Json()}});
     if (status == kFound) {
-        if (!context.json) *context.out << "status 0, found: " << place << '\n';
+        if (!context.json) *context.out << "status 0, found: " << onOneLine(place) << '\n';
         return kDone;
     }
-    printError(arguments.path + ": " + reasonOf(status, arguments));
+    printError(named(arguments.path) + ": " + reasonOf(status, arguments));
     return kFailed;
 }
 
@@ -56,8 +63,7 @@ void addImageFind(CLI::App& group, Context& context) {
          "rba image find //server/old/oak.jpg --kind 1\n"
          "rba --json image find downlight.ies --kind 4"});
     addArgument(command, "PATH", arguments.path, "The path as it was stored");
-    addOption(command, "--kind", arguments.kind, "N",
-              "What is looked for: 1 images, 2 effects, 3 environment maps, 4 photometric tables")
+    addOption(command, "--kind", arguments.kind, "N", std::string("What is looked for: ") + kKinds)
         ->required();
 }
 

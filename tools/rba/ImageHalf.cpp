@@ -35,23 +35,13 @@ std::optional<std::uint16_t> readPattern(std::string_view text) {
     return bits;
 }
 
-std::optional<float> readFloat(std::string_view text) {
-    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
-    float value = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc() || stop != end) return {};
-    return value;
-}
-
 HalfRow convert(const std::string& text) {
     HalfRow row;
     if (const auto bits = readPattern(text)) {
         row.half = openexr_half(*bits);
         row.value = half_to_float(row.half);
         row.back = half_to_float(float_to_half(row.value));
-    } else if (const auto value = readFloat(text)) {
-        row.value = *value;
+    } else if (readNumber(text, row.value) == std::errc()) {
         row.half = float_to_half(row.value);
         row.back = half_to_float(row.half);
     } else {

@@ -56,7 +56,7 @@ Json toJson(const std::string& path, const ImageFacts& facts) {
 }
 
 void printText(std::ostream& out, const std::string& path, const ImageFacts& facts) {
-    out << path << "\n  size        " << facts.width << " x " << facts.height << " px"
+    out << onOneLine(path) << "\n  size        " << facts.width << " x " << facts.height << " px"
         << "\n  format      " << facts.formatName << " (" << facts.format << ")";
     if (facts.dpi > 0)
         out << "\n  resolution  " << numberText(facts.dpi) << " dpi\n  print size  "
@@ -66,7 +66,7 @@ void printText(std::ostream& out, const std::string& path, const ImageFacts& fac
     out << "\n  profile     "
         << (!facts.profile           ? "none"
             : facts.profile->empty() ? "without a name"
-                                     : *facts.profile)
+                                     : onOneLine(*facts.profile))
         << '\n';
 }
 
@@ -87,8 +87,7 @@ int runInfo(Context& context, const InfoArguments& arguments) {
             progress.clear();
             context.out->flush();  // what came before stays before
             printError(failure.what());
-            const std::string reason = std::string(failure.what()).substr(path.size() + 2);
-            results.push_back({{"path", path}, {"error", reason}});
+            results.push_back({{"path", path}, {"error", failure.reason()}});
             status = kFailed;
         }
     }

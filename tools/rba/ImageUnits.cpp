@@ -4,6 +4,7 @@
 #include "tools/rba/Output.h"
 
 #include <cmath>
+#include <limits>
 
 namespace rb::cli {
 namespace {
@@ -36,7 +37,7 @@ void checkCount(const char* name, int value) {
                          std::to_string(value));
 }
 
-int print(Context& context, const Json& value, const std::string& text, const char* unit) {
+int print(Context& context, const Json& value, const std::string& text, const std::string& unit) {
     if (context.json)
         printJson(*context.out, {{"value", value}});
     else
@@ -44,8 +45,11 @@ int print(Context& context, const Json& value, const std::string& text, const ch
     return kDone;
 }
 
+/// The library gives the greatest whole number for whatever lies beyond.
 int print(Context& context, int value, const char* unit) {
-    return print(context, value, std::to_string(value), unit);
+    const bool beyond = value == std::numeric_limits<int>::max();
+    return print(context, value, std::to_string(value),
+                 unit + std::string(beyond ? " or more, beyond the range of a whole number" : ""));
 }
 
 int print(Context& context, float value, const char* unit) {

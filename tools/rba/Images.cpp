@@ -23,7 +23,7 @@ KVRVar<KVRPixelImage> loadImage(const std::string& typedPath, int dpi,
                                 const KVRListValKVRUnicodeString& groups) {
     auto image = KVRVar<KVRPixelImage>::Adopt(
         KVRRbaImageServices::CreatePixelImageFromFullPath(frameworkPath(typedPath), groups, dpi));
-    if (!image) throw Failure(typedPath + ": " + imageErrorReason());
+    if (!image) throw Failure(typedPath, imageErrorReason());
     return image;
 }
 

@@ -13,7 +13,7 @@ public:
 };
 
 /// While it lives, the first Ctrl-C (or request to end) only leaves a note; the second one ends the
-/// program at once. One at a time.
+/// program at once. A signal that is ignored stays so. One at a time.
 class InterruptGuard {
 public:
     InterruptGuard();

@@ -12,19 +12,6 @@ namespace {
 /// Fewer things than this are done before anybody could read about them.
 constexpr std::size_t kLeastForProgress = 4;
 
-std::string onOneLine(std::string_view text) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string line;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7f)
-            line += c;
-        else
-            line.append({'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]});
-    }
-    return line;
-}
-
 }  // namespace
 
 ResultStream::ResultStream()
@@ -56,6 +43,28 @@ std::string numberText(double value, int decimals) {
                                    std::chars_format::fixed, decimals)
                          .ptr;
     return {text.data(), end};
+}
+
+std::string onOneLine(std::string_view text) {
+    std::string line;
+    const auto escape = [&line](unsigned char byte) {
+        constexpr std::string_view kDigits = "0123456789abcdef";
+        line.append({'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]});
+    };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+        if (byte < 0x20 || byte == 0x7f) {
+            escape(byte);
+        } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) {  // U+0080 to U+009F in UTF-8
+            escape(byte);
+            escape(next);
+            ++i;
+        } else {
+            line += text[i];
+        }
+    }
+    return line;
 }
 
 void printError(std::string_view message) { std::cerr << "rba: " << onOneLine(message) << '\n'; }

@@ -45,8 +45,11 @@ inline std::string numberText(float value, int decimals) {
     return numberText(static_cast<double>(value), decimals);
 }
 
-/// One line on standard error, with the name of the program before it. Control characters are
-/// written as "\x0a", so that it stays one line.
+/// Text of somebody else (names, paths, what files say) for people: control characters are written
+/// as "\x0a", so that it stays one line and a terminal does not take it for commands.
+std::string onOneLine(std::string_view text);
+
+/// One line on standard error, with the name of the program before it; as from `onOneLine`.
 void printError(std::string_view message);
 
 /// Tells on a terminal which of many things is being done; elsewhere it does nothing.

@@ -8,7 +8,7 @@ namespace rb::cli {
 
 KVRUnicodeString frameworkPath(const std::string& typed) {
     if (KVRUnicodeString(typed).View() != typed)
-        throw Failure(typed + ": expected a path in UTF-8, found other bytes");
+        throw Failure(typed, "expected a path in UTF-8, found other bytes");
     return FrameworkPath(typed);
 }
 

@@ -10,8 +10,7 @@
 namespace rb::cli {
 
 /// The framework's form of a typed path: backslashes between directories.
-/// Throws Failure when @p typed is not UTF-8, as no file could be found by what would be left of
-/// it.
+/// Throws Failure when @p typed is not UTF-8: no file could be found by what would be left of it.
 KVRUnicodeString frameworkPath(const std::string& typed);
 
 /// The form in which people read and type a path of the framework.

@@ -21,8 +21,8 @@ struct SetArguments {
 std::string readSetting(const KVRSettingRepository& repository, const std::string& name) {
     KVRUnicodeString value;
     if (Failed(repository.ReadSetting(name.c_str(), value)))
-        throw Failure(typedPath(repository.GetFilePath()) + ": expected a setting '" + name +
-                      "', found none that can be read");
+        throw Failure(typedPath(repository.GetFilePath()),
+                      "expected a setting '" + name + "', found none that can be read");
     return std::string(value.View());
 }
 
@@ -35,17 +35,18 @@ void listRepository(const std::string& name, const Context& context, Json& resul
     std::vector<KVRSettingRepository::Setting> settings;
     if (!repository) return;  // removed since it was listed
     if (Failed(repository->ListSettings(settings)))
-        throw Failure(typedPath(repository->GetFilePath()) +
-                      ": expected a settings file, found one that cannot be read");
+        throw Failure(typedPath(repository->GetFilePath()),
+                      "expected a settings file, found one that cannot be read");
     if (!context.json)
-        *context.out << name << (settings.empty() ? "\n  (no settings)\n" : "\n");
+        *context.out << onOneLine(name) << (settings.empty() ? "\n  (no settings)\n" : "\n");
     else if (settings.empty())
         result.push_back(toJson(name, nullptr, nullptr));
     for (const auto& [setting, value] : settings) {
         if (context.json)
             result.push_back(toJson(name, setting.View(), value.View()));
         else
-            *context.out << "  " << setting << " = " << value << '\n';
+            *context.out << "  " << onOneLine(setting.View()) << " = " << onOneLine(value.View())
+                         << '\n';
     }
 }
 
@@ -69,13 +70,13 @@ int runGet(Context& context, const GetArguments& arguments) {
     const auto repository =
         Repository::Adopt(KVRSettingRepository::GetRepository(arguments.repository.c_str()));
     if (!repository)
-        throw Failure(arguments.repository +
-                      ": expected a settings repository of that name, found none");
+        throw Failure(named(arguments.repository, "name"),
+                      "expected a settings repository of that name, found none");
     const std::string value = readSetting(*repository.Get(), arguments.name);
     if (context.json)
         printJson(*context.out, toJson(arguments.repository, arguments.name, value));
     else
-        *context.out << value << '\n';
+        *context.out << onOneLine(value) << '\n';
     return kDone;
 }
 
@@ -83,22 +84,22 @@ int runSet(Context& context, const SetArguments& arguments) {
     const auto repository =
         Repository::Adopt(KVRSettingRepository::CreateRepository(arguments.repository.c_str()));
     if (!repository)
-        throw Failure(arguments.repository +
-                      ": expected a settings repository that can be made, found a name or a folder "
+        throw Failure(named(arguments.repository, "name"),
+                      "expected a settings repository that can be made, found a name or a folder "
                       "that does not allow it");
     const HRESULT status =
         repository->WriteSetting(arguments.name.c_str(), KVRUnicodeString(arguments.value));
     const std::string file = typedPath(repository->GetFilePath());
     if (status == E_INVALIDARG)
-        throw Failure(file + ": expected a name of letters, digits, '_', '-' and '.', found '" +
-                      arguments.name + "'");
+        throw Failure(file, "expected a name of letters, digits, '_', '-' and '.', found '" +
+                                arguments.name + "'");
     if (Failed(status))
-        throw Failure(file +
-                      ": expected a settings file that can be written, found one that cannot");
+        throw Failure(file, "expected a settings file that can be written, found one that cannot");
     if (context.json)
         printJson(*context.out, toJson(arguments.repository, arguments.name, arguments.value));
     else if (!context.quiet)
-        *context.out << arguments.repository << ": " << arguments.name << " = " << arguments.value
+        *context.out << onOneLine(arguments.repository + ": " + arguments.name + " = " +
+                                  arguments.value)
                      << '\n';
     return kDone;
 }
@@ -107,10 +108,13 @@ constexpr const char* kRepositoryHelp = "Name of the repository";
 constexpr const char* kNameHelp = "Name of the setting";
 
 void addGet(CLI::App& group, Context& context) {
-    auto [command, arguments] = addCommand<GetArguments>(
-        group, context, runGet,
-        {"get", "Show the value of one setting. Fails when it was never set.",
-         "rba settings get MaterialOptionsSettings CatalagPath"});
+    auto [command, arguments] =
+        addCommand<GetArguments>(group, context, runGet,
+                                 {"get",
+                                  "Show the value of one setting. Fails when it was never set. "
+                                  "Control characters are shown as "
+                                  "\\x0a; with --json the value is as it was set.",
+                                  "rba settings get MaterialOptionsSettings CatalagPath"});
     addArgument(command, "REPOSITORY", arguments.repository, kRepositoryHelp);
     addArgument(command, "NAME", arguments.name, kNameHelp);
 }

@@ -5,6 +5,7 @@
 #include "tools/rba/Output.h"
 #include "tools/rba/tour/Tour.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -26,7 +27,7 @@ public:
         std::error_code error;
         std::string pattern = (fs::temp_directory_path(error) / "rba-tour-XXXXXX").string();
         if (error || !mkdtemp(pattern.data()))
-            throw Failure(pattern + ": expected a temporary folder, found no place for one");
+            throw Failure(pattern, "expected a temporary folder, found no place for one");
         m_path = pattern;
     }
     ~ScratchFolder() {
@@ -44,7 +45,7 @@ private:
 fs::path ownProgram() {
     std::error_code error;
     fs::path program = fs::read_symlink("/proc/self/exe", error);
-    if (error) throw Failure("/proc/self/exe: expected this program, found " + error.message());
+    if (error) throw Failure("/proc/self/exe", "expected this program, found " + error.message());
     return program;
 }
 
@@ -56,8 +57,8 @@ fs::path samplesFolder(const std::string& given, const fs::path& program) {
         folder = program.parent_path().parent_path() / "share" / "RenderingBase" / "samples";
     std::error_code error;
     if (!fs::is_directory(folder, error))
-        throw Failure(folder.string() + ": expected a folder of samples, found " +
-                      (error ? error.message() : "something else"));
+        throw Failure(folder.string(), "expected a folder of samples, found " +
+                                           (error ? error.message() : "something else"));
     return folder;
 }
 
@@ -65,13 +66,16 @@ void writeFile(const fs::path& path, const std::string& content) {
     std::error_code error;
     fs::create_directories(path.parent_path(), error);
     if (error)
-        throw Failure(path.parent_path().string() + ": expected a folder to write to, found " +
-                      error.message());
+        throw Failure(path.parent_path().string(),
+                      "expected a folder to write to, found " + error.message());
+    const auto refuse = [&path](const std::string& found) {
+        throw Failure(path.string(), "expected a file to write to, found " + found);
+    };
     rb::files::AtomicFile file(path.string());
-    if (!file.stream() ||
-        std::fwrite(content.data(), 1, content.size(), file.stream()) != content.size() ||
-        !file.commit())
-        throw Failure(path.string() + ": expected a file to write to, found " + file.reason());
+    if (!file.stream()) refuse(file.reason());
+    if (std::fwrite(content.data(), 1, content.size(), file.stream()) != content.size())
+        refuse(std::generic_category().message(errno));
+    if (!file.commit()) refuse(file.reason());
 }
 
 void printResult(Context& context, const std::string& path) {
@@ -80,7 +84,7 @@ void printResult(Context& context, const std::string& path) {
         for (const tour::Section& section : tour::sections()) titles.push_back(section.title);
         printJson(*context.out, {{"path", path}, {"sections", titles}});
     } else if (!context.quiet) {
-        *context.out << path << '\n';
+        *context.out << onOneLine(path) << '\n';
     }
 }
 
@@ -88,12 +92,13 @@ int runTour(Context& context, const TourArguments& arguments) try {
     const InterruptGuard guard;
     const ScratchFolder scratch;
     const fs::path program = ownProgram();
-    const fs::path page = fs::path(arguments.folder) / "index.html";
-    const std::string html = tour::buildPage(
+    const fs::path path = fs::path(arguments.folder) / "index.html";
+    const tour::Page page = tour::buildPage(
         {samplesFolder(arguments.samples, program), scratch.path(), program, context.quiet});
-    writeFile(page, html);
-    printResult(context, page.string());
-    return kDone;
+    writeFile(path, page.html);
+    printResult(context, path.string());
+    for (const std::string& failure : page.failures) printError(failure);
+    return page.failures.empty() ? kDone : kFailed;
 } catch (const Interrupted&) {
     InterruptGuard::endProgram();
 }
@@ -106,7 +111,8 @@ void addTourCommand(CLI::App& program, Context& context) {
         {"tour",
          "Write a page that shows what the library does with sample files. OUTDIR/index.html has "
          "the pictures, plots, tables and timings in it and needs no other file. A sample that is "
-         "refused is shown with the reason.",
+         "refused is shown with the reason. When a whole section fails, the page is written with "
+         "the reason in its place, and the exit status is 1.",
          "rba tour out/tour\nrba tour /tmp/mine --samples ~/textures"});
     addArgument(command, "OUTDIR", arguments.folder, "Folder to write to; made when missing");
     addOption(command, "--samples", arguments.samples, "DIR",

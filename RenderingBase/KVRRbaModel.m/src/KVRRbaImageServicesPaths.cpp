@@ -127,7 +127,7 @@ KVRUnicodeString KVRRbaImageServices::ReadExtension(const KVRUnicodeString& path
     const std::string_view text = path.View();
     const std::size_t lastDot = text.rfind('.');
     if (lastDot == std::string_view::npos) return {};
-    const KVRUnicodeString extension = text.substr(lastDot + 1);
+    KVRUnicodeString extension = text.substr(lastDot + 1);
     int version = 0;
     if (lastDot == 0 || !extension.ConvertToNum(version, "%d")) return extension;
     const std::size_t dot = text.rfind('.', lastDot - 1);

@@ -50,9 +50,8 @@ public:
     int SearchSubString(const KVRUnicodeString& what, int from = 0) const;
     /// Returns the position of the last occurrence, -1 for none.
     int SearchLast(char32_t character) const;
-    /// Replaces every occurrence from left to right; what was put in is not searched again. An
-    /// empty
-    /// @p what changes nothing.
+    /// Replaces every occurrence from left to right; what was put in is not searched again.
+    /// @param what  An empty one changes nothing.
     void Replace(const KVRUnicodeString& what, const KVRUnicodeString& by);
     /// Turns every character into its simple lower-case form, for every script.
     void ToLower();

@@ -34,7 +34,7 @@ std::string behindLinks(const std::string& path) {
 
 }  // namespace
 
-AtomicFile::AtomicFile(std::string nativePath)
+AtomicFile::AtomicFile(const std::string& nativePath)
     : m_path(behindLinks(nativePath)), m_partPath(partPathIn(folderOf(m_path))) {
     struct stat status {};
     const bool replaces = stat(m_path.c_str(), &status) == 0;

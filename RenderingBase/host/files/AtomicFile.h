@@ -19,7 +19,7 @@ namespace rb::files {
 class KVR_EXPORT AtomicFile {
 public:
     /// @param nativePath  A path of the system: of a regular file, or of nothing yet.
-    explicit AtomicFile(std::string nativePath);
+    explicit AtomicFile(const std::string& nativePath);
     ~AtomicFile();
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;

@@ -62,6 +62,7 @@ std::string profileText(cmsHPROFILE profile, cmsInfoType type) {
     cmsGetProfileInfo(profile, type, "en", "US", units.data(), bytes);
     std::string text;
     for (std::size_t i = 0; i < units.size() && units[i]; ++i) {
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse): a wide character, no narrow one
         auto c = static_cast<std::uint32_t>(units[i]);
         const auto next = i + 1 < units.size() ? static_cast<std::uint32_t>(units[i + 1]) : 0;
         if (c >= 0xD800 && c < 0xDC00 && next >= 0xDC00 && next < 0xE000) {

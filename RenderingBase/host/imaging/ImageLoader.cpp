@@ -1,6 +1,7 @@
 #include "RenderingBase/host/imaging/ImageLoader.h"
 
 #include "RenderingBase/host/base/KVREnvironment.h"
+#include "RenderingBase/host/imaging/formats/QuotedText.h"
 
 #include <array>
 #include <charconv>
@@ -9,7 +10,7 @@
 #include <exception>
 #include <new>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace rb::imaging {
 namespace {
@@ -29,8 +30,11 @@ ReadResult guarded(const ImageFormat& format, const Step& step) {
     }
 }
 
-bool startsWith(std::span<const std::byte> head, std::string_view magic) {
-    return head.size() >= magic.size() && std::memcmp(head.data(), magic.data(), magic.size()) == 0;
+/// What a reader takes for the end of the file, or for damage, may be a device that fails.
+ReadResult afterReading(const ByteSource& source, ReadResult refusal) {
+    std::string failure = source.failure();
+    return failure.empty() ? std::move(refusal)
+                           : refuse("a file that can be read", std::move(failure));
 }
 
 std::string listOfNames() {
@@ -71,8 +75,22 @@ ReadResult checkSides(const ImageHeader& header) {
     return {};
 }
 
+/// The number of pixels that an image may have.
+ReadResult readPixelLimit(std::uint64_t& limit) {
+    limit = std::uint64_t{1} << 28;
+    const char* const text = KVRGetEnv("KVRImagePixelLimit");
+    if (!text) return {};
+    const char* const end = text + std::strlen(text);
+    const auto [stop, error] = std::from_chars(text, end, limit);
+    if (error == std::errc() && stop == end && limit > 0) return {};
+    return refuse(
+        "KVRImagePixelLimit to be a whole number of pixels from 1 to 18446744073709551615",
+        inQuotes(text));
+}
+
 ReadResult checkSize(const ImageHeader& header, std::uint64_t fileBytes) {
-    const std::uint64_t limit = pixelLimit();
+    std::uint64_t limit = 0;
+    if (ReadResult refusal = readPixelLimit(limit)) return refusal;
     // Each side fits 31 bits, so the product fits 62.
     if (static_cast<std::uint64_t>(header.width) * static_cast<std::uint64_t>(header.height) >
         limit)
@@ -93,16 +111,6 @@ std::span<const ImageFormat> imageFormats() {
     return formats;
 }
 
-std::uint64_t pixelLimit() {
-    constexpr std::uint64_t kDefault = std::uint64_t{1} << 28;
-    const char* text = KVRGetEnv("KVRImagePixelLimit");
-    if (!text) return kDefault;
-    std::uint64_t limit = 0;
-    const char* const end = text + std::strlen(text);
-    const auto [stop, error] = std::from_chars(text, end, limit);
-    return error == std::errc() && stop == end && limit > 0 ? limit : kDefault;
-}
-
 ReadResult openImage(ByteSource& source, bool whole, OpenImage& image) {
     std::array<std::byte, kHeadBytes> buffer;
     const std::span<const std::byte> head(buffer.data(),
@@ -112,24 +120,27 @@ ReadResult openImage(ByteSource& source, bool whole, OpenImage& image) {
             image.format = &format;
             break;
         }
-    if (!image.format) return refuse("a " + listOfNames() + " file", describeHead(head));
+    image.source = &source;
+    if (!image.format)
+        return afterReading(source, refuse("a " + listOfNames() + " file", describeHead(head)));
     ReadResult refusal = guarded(*image.format, [&] {
         image.reader = image.format->open(source);
         return image.reader->readHeader(image.header);
     });
     if (!refusal) refusal = checkSides(image.header);
     if (!refusal && whole) refusal = checkSize(image.header, source.size());
-    return refusal;
+    return afterReading(source, std::move(refusal));
 }
 
 ReadResult decodeImage(OpenImage& image, PixelStorage& pixels) {
-    return guarded(*image.format, [&] {
+    ReadResult refusal = guarded(*image.format, [&] {
         const auto bytes = static_cast<std::size_t>(image.header.width) *
                            static_cast<std::size_t>(image.header.height) *
                            static_cast<std::size_t>(layoutOf(image.header.format).bytesPerPixel());
         pixels = PixelStorage(bytes, PixelStorage::Fill::None);
         return image.reader->readPixels(pixels.bytes());
     });
+    return afterReading(*image.source, std::move(refusal));
 }
 
 }  // namespace rb::imaging

@@ -12,21 +12,20 @@ namespace rb::imaging {
 
 /// A file whose header was read and accepted. Its source must outlive it.
 struct OpenImage {
+    const ByteSource* source = nullptr;
     const ImageFormat* format = nullptr;
     std::unique_ptr<ImageReader> reader;
     ImageHeader header;
 };
 
 /// Recognises the format and reads the header. Never throws.
-/// @param whole  Whether the pixels will be wanted: then the pixel limit holds, and the file must
-///               have the bytes that its header calls for. A header alone may be asked of any file.
+/// @param whole  Whether the pixels will be wanted: then the image may have as many pixels as
+///               KVRImagePixelLimit of the environment says (2^28 without it; a value that is not a
+///               whole positive number refuses every image), and the file must have the bytes that
+///               its header calls for. A header alone may be asked of any file.
 ReadResult openImage(ByteSource& source, bool whole, OpenImage& image);
 
 /// Allocates and decodes the pixels. Never throws.
 ReadResult decodeImage(OpenImage& image, PixelStorage& pixels);
-
-/// The number of pixels that an image may have: KVRImagePixelLimit of the environment, 2^28
-/// without.
-std::uint64_t pixelLimit();
 
 }  // namespace rb::imaging

@@ -1,18 +1,24 @@
 #include "RenderingBase/host/files/AtomicFile.h"
 #include "RenderingBase/host/files/KVRPath.h"
+#include "RenderingBase/host/imaging/ColorEngine.h"
 #include "RenderingBase/host/imaging/ImageLoader.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/imaging/LastImageError.h"
 #include "RenderingBase/host/imaging/formats/ImageWriter.h"
 
 #include <array>
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <span>
 #include <string>
+#include <system_error>
 #include <utility>
 
 using rb::imaging::ByteSource;
+using rb::imaging::ColorSpace;
 using rb::imaging::FileSource;
 using rb::imaging::ImageHeader;
 using rb::imaging::PixelLayout;
@@ -25,15 +31,16 @@ struct WritableFormat {
     const char* name;
     rb::imaging::WriteFunction write;
     bool keepsAlpha;
+    ColorSpace ofGrey;  // which profiles are for the grey that is stored
 };
 
 constexpr std::array<WritableFormat, 6> kWritableFormats{{
-    {"PNG", rb::imaging::writePng, true},
-    {"TIFF", rb::imaging::writeTiff, true},
-    {"BMP", rb::imaging::writeBmp, true},
-    {"JPG_FAIR", rb::imaging::writeJpegFair, false},
-    {"JPG", rb::imaging::writeJpeg, false},
-    {"JPG_HIGH", rb::imaging::writeJpegHigh, false},
+    {"PNG", rb::imaging::writePng, true, ColorSpace::Grey},
+    {"TIFF", rb::imaging::writeTiff, true, ColorSpace::Grey},
+    {"BMP", rb::imaging::writeBmp, true, ColorSpace::Rgb},  // grey is a palette of colours
+    {"JPG_FAIR", rb::imaging::writeJpegFair, false, ColorSpace::Grey},
+    {"JPG", rb::imaging::writeJpeg, false, ColorSpace::Grey},
+    {"JPG_HIGH", rb::imaging::writeJpegHigh, false, ColorSpace::Grey},
 }};
 
 const WritableFormat* writableFormat(const char* name) {
@@ -47,6 +54,26 @@ KVRPixelImageFormat fileOrder(const PixelLayout& layout, bool keepsAlpha) {
     const bool alpha = layout.hasAlpha() && keepsAlpha;
     if (layout.isGrey()) return alpha ? KVRPixelImageFormat::LA : KVRPixelImageFormat::L;
     return alpha ? KVRPixelImageFormat::RGBA : KVRPixelImageFormat::RGB;
+}
+
+/// The profile of a picture in a file; none when it is for other channels than are stored: readers
+/// complain about such a profile, or convert with it.
+std::span<const std::byte> profileToWrite(const KVRMMColorProfile* profile, bool grey,
+                                          const WritableFormat& format) {
+    const ColorSpace space = grey ? format.ofGrey : ColorSpace::Rgb;
+    return profile && profile->icc().space() == space ? profile->GetData()
+                                                      : std::span<const std::byte>();
+}
+
+/// Writes a picture to an open file. The system's word on a write that failed comes before
+/// whatever the codec makes of it.
+ReadResult writeTo(std::FILE* file, const WritableFormat& format,
+                   const rb::imaging::WritablePicture& picture) {
+    errno = 0;
+    ReadResult refusal = format.write(picture, file);
+    if (!std::ferror(file)) return refusal;
+    return refuse("the whole file to be written",
+                  std::generic_category().message(errno ? errno : EIO));
 }
 
 KVRVar<KVRMMColorProfile> profileOf(const ImageHeader& header) {
@@ -115,20 +142,24 @@ HRESULT KVRPixelImage::WriteToFile(const KVRUnicodeString& path, const char* for
                           formatName ? formatName : "no format name");
         if (!GetPixelsToRead() || m_pixels.size() == 0)
             return refuse("8-bit pixels to write", std::string(layout().name) + " pixels");
-        const auto picture =
-            KVRVar<KVRPixelImage>::Adopt(Duplicate(fileOrder(layout(), format->keepsAlpha)));
-        if (!picture) return refuse("memory for a copy of the image", "none left");
+        const KVRPixelImageFormat order = fileOrder(layout(), format->keepsAlpha);
+        KVRVar<KVRPixelImage> arranged;
+        if (order != m_format) {
+            arranged = KVRVar<KVRPixelImage>::Adopt(Duplicate(order));
+            if (!arranged) return refuse("memory for a copy of the image", "none left");
+        }
+        const KVRPixelImage& picture = arranged ? *arranged.Get() : *this;
         rb::imaging::WritablePicture writable;
         writable.width = m_width;
         writable.height = m_height;
-        writable.channels = picture->GetBytesPerPixel();
-        writable.pixels = picture->m_pixels.data();
+        writable.channels = picture.GetBytesPerPixel();
+        writable.pixels = picture.m_pixels.data();
         writable.resolution = m_resolution;
-        if (m_profile) writable.profile = m_profile->GetData();
+        writable.profile = profileToWrite(m_profile.Get(), layout().isGrey(), *format);
 
         rb::files::AtomicFile file(NativePath(path));
         if (!file.stream()) return refuse("a place to write to", file.reason());
-        if (ReadResult refusal = format->write(writable, file.stream())) return refusal;
+        if (ReadResult refusal = writeTo(file.stream(), *format, writable)) return refusal;
         if (!file.commit()) return refuse("the whole file to be written", file.reason());
         return {};
     };

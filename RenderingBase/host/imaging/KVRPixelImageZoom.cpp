@@ -1,6 +1,3 @@
-// The resizer is one header with its implementation; this is the only source that includes it.
-#define STB_IMAGE_RESIZE_IMPLEMENTATION
-#define STB_IMAGE_RESIZE_STATIC
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/imaging/PixelConversion.h"
 
@@ -8,8 +5,12 @@
 #include <cmath>
 #include <cstring>
 #include <new>
-#include <stb/stb_image_resize.h>
 #include <vector>
+
+// The resizer is one header with its implementation; this is the only source that includes it.
+#define STB_IMAGE_RESIZE_IMPLEMENTATION
+#define STB_IMAGE_RESIZE_STATIC
+#include <stb/stb_image_resize.h>
 
 using rb::imaging::ChannelType;
 using rb::imaging::PixelLayout;

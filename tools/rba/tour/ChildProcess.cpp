@@ -60,7 +60,7 @@ std::string outputOf(const std::filesystem::path& program, std::vector<std::stri
     close(ends[1]);
     std::string text = error == 0 ? readToEnd(ends[0]) : std::string();
     close(ends[0]);
-    if (error != 0) throw Failure(program.string() + ": expected a program, found none");
+    if (error != 0) throw Failure(program.string(), "expected a program, found none");
     waitpid(child, nullptr, 0);
     return text;
 }

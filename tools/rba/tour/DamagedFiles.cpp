@@ -2,6 +2,7 @@
 
 #include "tools/rba/Context.h"
 #include "tools/rba/Images.h"
+#include "tools/rba/tour/Files.h"
 
 #include <algorithm>
 #include <array>
@@ -24,18 +25,13 @@ constexpr std::array<Damage, 2> kDamages{{
      [](std::string& file) { file.resize(std::min<std::size_t>(file.size(), 20)); }},
 }};
 
-std::string readFile(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 /// What reading gives: the reason of the refusal, or that there was none.
 std::string outcomeOf(const fs::path& path) {
     try {
         loadImage(path.string());
         return "read all the same";
     } catch (const Failure& failure) {
-        return std::string(failure.what()).substr(path.string().size() + 2);
+        return failure.reason();
     }
 }
 
@@ -50,7 +46,7 @@ trouble is, what was expected and what was found.</p>
 )"_html;
     std::set<std::string> seen;
     for (const fs::path& sample : samples) {
-        if (!seen.insert(sample.extension().string()).second) continue;
+        if (!seen.insert(kindOf(sample)).second) continue;
         for (const Damage& damage : kDamages) {
             std::string content = readFile(sample);
             damage.inflict(content);

@@ -108,7 +108,7 @@ void writeTable(Html& page) {
     }};
     page << R"(<h3 class="sub">Remarkable values</h3>
 <div class="scroll"><table><thead><tr><th scope="col">Float</th><th scope="col">Sign, exponent, mantissa</th>
-<th scope="col">Bits</th><th scope="col">Back</th><th scope="col">What it shows</th></tr></thead><tbody>
+<th scope="col" class="number">Bits</th><th scope="col">Back</th><th scope="col">What it shows</th></tr></thead><tbody>
 )"_html;
     for (const auto& [value, why] : kValues) {
         const openexr_half half = float_to_half(value);

@@ -5,6 +5,7 @@
 #include "tools/rba/Interrupt.h"
 #include "tools/rba/Paths.h"
 #include "tools/rba/tour/DamagedFiles.h"
+#include "tools/rba/tour/Files.h"
 #include "tools/rba/tour/Picture.h"
 #include "tools/rba/tour/Tour.h"
 
@@ -49,12 +50,12 @@ std::vector<fs::path> findSamples(const fs::path& folder) {
          at.increment(error)) {
         std::error_code ignored;
         if (!at->is_regular_file(ignored)) continue;
-        const std::string extension = at->path().extension().string();
+        const std::string kind = kindOf(at->path());
         KVRUnicodeString place;
         const int status = KVRRbaImageServices::FindImageInPaths(
-            kImages, KVRUnicodeString("sample" + extension), place, nullptr);
+            kImages, KVRUnicodeString("sample." + kind), place, nullptr);
         constexpr int kNotAccepted = -1;
-        if (status != kNotAccepted || extension == ".tiff") found.push_back(at->path());
+        if (status != kNotAccepted || kind == "tiff") found.push_back(at->path());
     }
     std::ranges::sort(found);
     return found;
@@ -85,9 +86,7 @@ Sample visit(const fs::path& path, const TourInput& input) {
                                                               sample.stored, sample.size, 0);
         sample.picture = makePicture(*image.Get(), kLongestSide, input.scratch);
     } catch (const Failure& failure) {
-        const std::string message = failure.what();
-        const std::string prefix = path.string() + ": ";
-        sample.refusal = message.starts_with(prefix) ? message.substr(prefix.size()) : message;
+        sample.refusal = failure.reason();
     }
     return sample;
 }

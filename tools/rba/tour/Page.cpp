@@ -4,6 +4,7 @@
 
 #include <array>
 #include <ctime>
+#include <utility>
 
 namespace rb::cli::tour {
 namespace {
@@ -26,7 +27,7 @@ void writeContents(Html& page) {
 }
 
 /// The content of a section, or why there is none: one that fails must not take the page with it.
-Html contentOf(const Section& section, const TourInput& input) {
+Html contentOf(const Section& section, const TourInput& input, std::vector<std::string>& failures) {
     try {
         Html content;
         section.write(input, content);
@@ -34,6 +35,7 @@ Html contentOf(const Section& section, const TourInput& input) {
     } catch (const Interrupted&) {
         throw;
     } catch (const std::exception& error) {
+        failures.push_back(std::string(section.title) + ": " + error.what());
         Html content;
         content << R"(<p class="trouble">This section could not be made: )"_html << error.what()
                 << "</p>\n"_html;
@@ -41,19 +43,20 @@ Html contentOf(const Section& section, const TourInput& input) {
     }
 }
 
-void writeSections(const TourInput& input, Html& page) {
+void writeSections(const TourInput& input, Html& page, std::vector<std::string>& failures) {
     int number = 0;
     for (const Section& section : sections()) {
         InterruptGuard::check();
         page << "<section id=\""_html << section.id << "\"><h2><span class=\"count\">"_html
              << ++number << "</span> "_html << section.title << "</h2>\n"_html
-             << contentOf(section, input) << "</section>\n"_html;
+             << contentOf(section, input, failures) << "</section>\n"_html;
     }
 }
 
 }  // namespace
 
-std::string buildPage(const TourInput& input) {
+Page buildPage(const TourInput& input) {
+    std::vector<std::string> failures;
     Html page;
     page << R"(<!DOCTYPE html>
 <html lang="en">
@@ -75,10 +78,11 @@ computed by the library a moment ago, from the samples that come with it.</p>
 )"_html;
     writeContents(page);
     page << "</div></header>\n<main>\n"_html;
-    writeSections(input, page);
-    page << "</main>\n<footer>Made by <code>rba tour</code>, version "_html << RB_VERSION
-         << ", on <time>"_html << today() << "</time>.</footer>\n</body>\n</html>\n"_html;
-    return page.text();
+    writeSections(input, page, failures);
+    page << "</main>\n<footer><div class=\"inner\">Made by <code>rba tour</code>, version "_html
+         << RB_VERSION << ", on <time>"_html << today()
+         << "</time>.</div></footer>\n</body>\n</html>\n"_html;
+    return {page.text(), std::move(failures)};
 }
 
 }  // namespace rb::cli::tour

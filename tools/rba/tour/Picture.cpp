@@ -4,11 +4,12 @@
 #include "tools/rba/Context.h"
 #include "tools/rba/Images.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/tour/Files.h"
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <vector>
+#include <span>
+#include <utility>
 
 namespace rb::cli::tour {
 namespace {
@@ -16,13 +17,6 @@ namespace {
 using Image = KVRVar<KVRPixelImage>;
 
 constexpr std::size_t kSmallFile = 32768;  // bytes, up to which exact pixels cost nothing
-
-std::vector<std::byte> readFile(const std::filesystem::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(stream), {});
-    const auto bytes = std::as_bytes(std::span(text));
-    return {bytes.begin(), bytes.end()};
-}
 
 KVRPixelImageFormat displayedFormat(const rb::imaging::PixelLayout& layout) {
     if (layout.isGrey())
@@ -46,11 +40,11 @@ Image displayable(const KVRPixelImage& image, int longestSide) {
                                                  static_cast<int>(KVRPixelZoom::Filtered)));
 }
 
-std::vector<std::byte> encode(const KVRPixelImage& image, const char* writer,
-                              const std::filesystem::path& scratch) {
+std::string encode(const KVRPixelImage& image, const char* writer,
+                   const std::filesystem::path& scratch) {
     const std::filesystem::path path = scratch / "picture";
     if (Failed(image.WriteToFile(frameworkPath(path.string()), writer)))
-        throw Failure(path.string() + ": " + imageErrorReason());
+        throw Failure(path.string(), imageErrorReason());
     return readFile(path);
 }
 
@@ -65,16 +59,17 @@ Picture makePicture(const KVRPixelImage& image, int longestSide,
     picture.hasAlpha = rb::imaging::layoutOf(shown->GetFormat()).hasAlpha();
     picture.clamped = !isDisplayable(image);
 
-    std::vector<std::byte> file = encode(*shown.Get(), "PNG", scratch);
+    std::string file = encode(*shown.Get(), "PNG", scratch);
     const char* type = "image/png";
     if (!picture.hasAlpha && file.size() > kSmallFile) {
-        std::vector<std::byte> jpeg = encode(*shown.Get(), "JPG_HIGH", scratch);
+        std::string jpeg = encode(*shown.Get(), "JPG_HIGH", scratch);
         if (jpeg.size() < file.size()) {
             file = std::move(jpeg);
             type = "image/jpeg";
         }
     }
-    picture.dataUri = std::string("data:") + type + ";base64," + base64(file);
+    picture.dataUri =
+        std::string("data:") + type + ";base64," + base64(std::as_bytes(std::span(file)));
     return picture;
 }
 

@@ -59,7 +59,7 @@ public:
                      m_environment);
         const Json json = Json::parse(text, nullptr, false);
         if (!json.is_object())
-            throw Failure("image find: expected its answer as JSON, found something else");
+            throw Failure("image find", "expected its answer as JSON, found something else");
         Answer answer{json.value("status", -2), ""};
         if (json["found"].is_string())
             answer.found =

@@ -23,7 +23,7 @@ code, .bits { font-family: ui-monospace, "Cascadia Mono", Menlo, "DejaVu Sans Mo
 a { color: var(--accent); }
 a:focus-visible { outline: 2px solid var(--accent); outline-offset: 3px; border-radius: 4px; }
 header { background: var(--paper); border-bottom: 1px solid var(--line); }
-.inner, main, footer { max-width: 1240px; margin: 0 auto; padding: 0 28px; }
+.inner, main { max-width: 1240px; margin: 0 auto; padding: 0 28px; }
 header .inner { padding-top: 52px; padding-bottom: 30px; }
 .eyebrow { margin: 0; color: var(--accent); font-weight: 600; letter-spacing: .02em; }
 h1 { margin: 6px 0 10px; font-size: clamp(2.2rem, 5vw, 3.2rem); line-height: 1.1; letter-spacing: -.02em; font-weight: 680; }
@@ -73,7 +73,7 @@ td code, th code { white-space: nowrap; }
 .dots { white-space: nowrap; }
 .dot { display: inline-grid; place-items: center; width: 24px; height: 24px; margin-right: 6px; border-radius: 50%; font-size: .78rem; border: 1.5px solid var(--accent); color: var(--accent); font-variant-numeric: tabular-nums; }
 .dot.wins { background: var(--accent); color: var(--paper); font-weight: 650; }
-.dot.gone { border-color: var(--line); border-style: dashed; color: var(--dim); opacity: .55; }
+.dot.gone { border-color: var(--dim); border-style: dashed; border-width: 1px; color: var(--dim); }
 .plots { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 420px), 1fr)); gap: 20px; }
 figure { margin: 0; padding: 18px 18px 10px; background: var(--paper); border: 1px solid var(--line); border-radius: 12px; }
 figcaption { color: var(--dim); font-size: .93rem; margin-bottom: 10px; } figcaption b { color: var(--ink); font-weight: 640; }
@@ -83,8 +83,9 @@ svg text { fill: var(--dim); font: 12px system-ui, -apple-system, "Segoe UI", Ro
 .bands rect { fill: var(--soft); opacity: .45; } .bands rect:first-child { opacity: 1; }
 .curve { fill: none; stroke: var(--accent); stroke-width: 2.2; stroke-linejoin: round; }
 .trouble { padding: 14px 18px; border: 1px solid var(--warm); border-radius: 12px; color: var(--warm); }
-footer { padding-top: 26px; padding-bottom: 46px; color: var(--dim); font-size: .9rem; border-top: 1px solid var(--line); }
-@media (max-width: 560px) { .inner, main, footer { padding-left: 18px; padding-right: 18px; } th, td { padding: 8px 12px; } }
+footer { margin-top: 24px; color: var(--dim); font-size: .9rem; border-top: 1px solid var(--line); }
+footer .inner { padding-top: 26px; padding-bottom: 46px; }
+@media (max-width: 560px) { .inner, main { padding-left: 18px; padding-right: 18px; } th, td { padding: 8px 12px; } }
 @media print { .card, figure, tr { break-inside: avoid; } }
 )";
 

@@ -16,13 +16,12 @@ namespace rb::cli::tour {
 /// What a section works with.
 struct TourInput {
     std::filesystem::path samples;  ///< Folder with the sample files.
-    std::filesystem::path
-        scratch;  ///< A folder for whatever it likes to write; removed at the end.
+    std::filesystem::path scratch;  ///< A folder to write to; removed at the end.
     std::filesystem::path program;  ///< This tool, for settings that are read when it starts.
     bool quiet = false;
 };
 
-/// One section. What @p write throws stands in the page in place of its content.
+/// One section. What `write` throws stands in the page in place of its content.
 struct Section {
     const char* id;  ///< Its anchor.
     const char* title;
@@ -33,7 +32,11 @@ struct Section {
 std::span<const Section> sections();
 
 /// The whole page, which needs no other file.
-std::string buildPage(const TourInput& input);
+struct Page {
+    std::string html;
+    std::vector<std::string> failures;  ///< Of each section that could not be made: "title: why".
+};
+Page buildPage(const TourInput& input);
 
 void writeImagesSection(const TourInput& input, Html& page);
 void writeSearchSection(const TourInput& input, Html& page);

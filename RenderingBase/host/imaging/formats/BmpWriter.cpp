@@ -11,14 +11,14 @@
 // pages on BITMAPFILEHEADER, BITMAPINFOHEADER, BITMAPV4HEADER and BITMAPV5HEADER (Windows GDI).
 //
 // Grey goes out as 8 bits with a grey palette, RGB as 24 bits, pictures with alpha as 32 bits with
-// a mask for alpha, which takes a V4 header. A profile takes a V5 header.
+// a mask for alpha, which takes a V4 header. A profile, for RGB even when the palette is grey,
+// takes a V5 header.
 
 #include "RenderingBase/host/imaging/formats/ImageWriter.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <cstring>
+#include <string>
 #include <vector>
 
 namespace rb::imaging {
@@ -62,29 +62,17 @@ struct Layout {
     std::uint64_t fileBytes() const { return profileBegin() + profile.size(); }
 };
 
-/// Whether a profile is for RGB, which is all that a bitmap has (ICC.1, 7.2.6: colour space at 16).
-bool isForRgb(std::span<const std::byte> profile) {
-    return profile.size() >= 20 && std::memcmp(profile.data() + 16, "RGB ", 4) == 0;
-}
-
 Layout layoutFor(const WritablePicture& picture) {
     Layout layout;
     const bool alpha = picture.channels == 2 || picture.channels == 4;
     layout.bitsPerPixel = alpha ? 32 : picture.channels == 1 ? 8 : 24;
     layout.paletteEntries = layout.bitsPerPixel == 8 ? 256 : 0;
-    if (isForRgb(picture.profile)) layout.profile = picture.profile;
+    layout.profile = picture.profile;
     layout.headerBytes = !layout.profile.empty() ? 124 : alpha ? 108 : 40;
     layout.rowBytes =
         (static_cast<std::uint64_t>(picture.width) * layout.bitsPerPixel + 31) / 32 * 4;
     layout.pixelBytes = layout.rowBytes * static_cast<std::uint64_t>(picture.height);
     return layout;
-}
-
-/// Pixels to the metre, rounded; 0 when unknown.
-std::uint32_t perMetre(double resolution, int unit) {
-    const double factor = unit == kPerInch ? 1 / 0.0254 : unit == kPerCentimetre ? 100 : 0;
-    const double pixels = resolution * factor;
-    return pixels > 0 && pixels < 0x7FFFFFFF ? static_cast<std::uint32_t>(std::lround(pixels)) : 0;
 }
 
 std::vector<unsigned char> headers(const WritablePicture& picture, const Layout& layout) {
@@ -98,8 +86,8 @@ std::vector<unsigned char> headers(const WritablePicture& picture, const Layout&
     out.put32(static_cast<std::uint32_t>(picture.height));
     out.put16(1).put16(layout.bitsPerPixel).put32(layout.bitsPerPixel == 32 ? kMasks : 0);
     out.put32(static_cast<std::uint32_t>(layout.pixelBytes));
-    out.put32(perMetre(picture.resolution.x, picture.resolution.unit));
-    out.put32(perMetre(picture.resolution.y, picture.resolution.unit));
+    out.put32(pixelsPerMetre(picture.resolution.x, picture.resolution.unit));
+    out.put32(pixelsPerMetre(picture.resolution.y, picture.resolution.unit));
     out.put32(layout.paletteEntries).put32(0);
     if (layout.headerBytes > 40) {
         const bool masks = layout.bitsPerPixel == 32;
@@ -129,20 +117,14 @@ void arrangeRow(const unsigned char* in, int width, int channels, unsigned char*
     }
 }
 
-bool writeBytes(const void* bytes, std::size_t count, std::FILE* file) {
-    return count == 0 || std::fwrite(bytes, 1, count, file) == count;
-}
-
 }  // namespace
 
 ReadResult writeBmp(const WritablePicture& picture, std::FILE* file) {
-    const ReadResult failed = refuse("to write a bitmap", "a write that failed");
     const Layout layout = layoutFor(picture);
     if (layout.fileBytes() > 0xFFFFFFFFU)
         return refuse("a picture whose bitmap has less than 4 GiB",
                       std::to_string(layout.fileBytes()) + " bytes");
-    const std::vector<unsigned char> head = headers(picture, layout);
-    if (!writeBytes(head.data(), head.size(), file)) return failed;
+    writeBytes(file, headers(picture, layout));
     // Several rows in one go: a narrow picture would be a call of the system a row.
     const std::uint64_t rowsAtOnce = std::max<std::uint64_t>(1, (1 << 18) / layout.rowBytes);
     std::vector<unsigned char> rows(static_cast<std::size_t>(layout.rowBytes * rowsAtOnce));
@@ -151,10 +133,11 @@ ReadResult writeBmp(const WritablePicture& picture, std::FILE* file) {
         arrangeRow(picture.row(y), picture.width, picture.channels, rows.data() + filled);
         filled += static_cast<std::size_t>(layout.rowBytes);
         if (filled < rows.size() && y > 0) continue;
-        if (!writeBytes(rows.data(), filled, file)) return failed;
+        writeBytes(file, std::span(rows).first(filled));
         filled = 0;
     }
-    if (!writeBytes(layout.profile.data(), layout.profile.size(), file)) return failed;
+    const auto* const profile = reinterpret_cast<const unsigned char*>(layout.profile.data());
+    writeBytes(file, {profile, layout.profile.size()});
     return {};
 }
 

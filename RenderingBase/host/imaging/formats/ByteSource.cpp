@@ -45,10 +45,15 @@ std::size_t FileSource::read(std::uint64_t offset, void* to, std::size_t count) 
         const ssize_t got = pread(m_descriptor, static_cast<std::byte*>(to) + done, count - done,
                                   static_cast<off_t>(offset + done));
         if (got < 0 && errno == EINTR) continue;
+        if (got < 0) m_error = errno;
         if (got <= 0) break;
         done += static_cast<std::size_t>(got);
     }
     return done;
+}
+
+std::string FileSource::failure() const {
+    return m_error ? std::generic_category().message(m_error) : std::string();
 }
 
 }  // namespace rb::imaging

@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace rb::imaging {
 
@@ -18,7 +19,15 @@ public:
     virtual std::uint64_t size() const = 0;
     /// Copies up to @p count bytes from @p offset on; returns how many there were.
     virtual std::size_t read(std::uint64_t offset, void* to, std::size_t count) = 0;
+    /// Why a read gave fewer bytes than there are, in the system's own words; empty when none did.
+    virtual std::string failure() const { return {}; }
 };
+
+/// Whether @p bytes begin with those of @p start.
+inline bool startsWith(std::span<const std::byte> bytes, std::string_view start) {
+    return bytes.size() >= start.size() &&
+           std::memcmp(bytes.data(), start.data(), start.size()) == 0;
+}
 
 /// Bytes in memory, which must outlive the source.
 class MemorySource final : public ByteSource {
@@ -41,11 +50,13 @@ public:
     ~FileSource() override;
     std::uint64_t size() const override { return m_size; }
     std::size_t read(std::uint64_t offset, void* to, std::size_t count) override;
+    std::string failure() const override;
 
 private:
     FileSource(int descriptor, std::uint64_t size) : m_descriptor(descriptor), m_size(size) {}
     int m_descriptor;
     std::uint64_t m_size;
+    int m_error = 0;  // of the last read that failed
 };
 
 }  // namespace rb::imaging

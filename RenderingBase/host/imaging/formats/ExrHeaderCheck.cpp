@@ -4,16 +4,17 @@
 //   02 00 00 00                 version and flags; 0x1000: several parts
 //   "channels" 00 "chlist" 00   an attribute: name, type,
 //   37 00 00 00 ...             size of the value, value
-//   00                          end of the header; with several parts, after the last one another
-//   00
+//   00                          end of the header; with several parts, one more behind the last one
 //
 // Source: "OpenEXR File Layout" (openexr.com).
 
 #include "RenderingBase/host/imaging/formats/ExrHeaderCheck.h"
 
+#include "RenderingBase/host/imaging/formats/BufferedSource.h"
+
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <cstdint>
 #include <string>
 
 namespace rb::imaging {
@@ -21,51 +22,56 @@ namespace {
 
 class HeaderWalk {
 public:
-    explicit HeaderWalk(ByteSource& source) : m_source(source) {}
+    explicit HeaderWalk(ByteSource& source) : m_input(source), m_size(source.size()) {}
     ReadResult walk();
 
 private:
-    ReadResult end() const { return refuse("a header that ends", "the end of the file", where()); }
-    std::string where() const { return "byte " + std::to_string(m_offset); }
-    std::uint64_t left() const { return m_source.size() - std::min(m_source.size(), m_offset); }
+    ReadResult end() const {
+        return refuse("a header that ends", "the end of the file", placeText(m_input.position()));
+    }
+    static std::string placeText(std::uint64_t place) { return "byte " + std::to_string(place); }
     bool number(std::uint32_t& value) {
         std::array<unsigned char, 4> bytes{};
-        if (m_source.read(m_offset, bytes.data(), bytes.size()) != bytes.size()) return false;
-        m_offset += bytes.size();
+        if (m_input.read(bytes.data(), bytes.size()) != bytes.size()) return false;
         value = 0;
         for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
         return true;
     }
-    bool text(std::string& value);
-    ReadResult attribute(const std::string& type, std::uint32_t size);
+    ReadResult name(std::string& value);
+    ReadResult attribute();
+    ReadResult content(const std::string& type, std::uint32_t size);
     ReadResult texts(std::uint32_t size);
     ReadResult preview(std::uint32_t size);
 
-    ByteSource& m_source;
-    std::uint64_t m_offset = 0;
+    BufferedSource m_input;
+    std::uint64_t m_size;
 };
 
-/// A name of up to 255 bytes with a zero behind it.
-bool HeaderWalk::text(std::string& value) {
-    std::array<char, 256> bytes{};
-    const std::size_t got = m_source.read(m_offset, bytes.data(), bytes.size());
-    const void* const zero = std::memchr(bytes.data(), 0, got);
-    if (!zero) return false;
-    value = bytes.data();
-    m_offset += value.size() + 1;
-    return true;
+/// Up to 255 bytes with a zero behind them.
+ReadResult HeaderWalk::name(std::string& value) {
+    constexpr std::size_t kLongest = 255;
+    const std::uint64_t start = m_input.position();
+    value.clear();
+    for (int byte = m_input.get(); byte != 0; byte = m_input.get()) {
+        if (byte < 0) return end();
+        if (value.size() == kLongest)
+            return refuse("a name of at most 255 bytes", "a longer one", placeText(start));
+        value += static_cast<char>(byte);
+    }
+    return {};
 }
 
 /// A list of texts, each with its length.
 ReadResult HeaderWalk::texts(std::uint32_t size) {
-    const std::uint64_t stop = m_offset + size;
-    while (m_offset < stop) {
+    const std::uint64_t stop = m_input.position() + size;
+    while (m_input.position() < stop) {
         std::uint32_t length = 0;
-        const std::string start = where();
+        const std::uint64_t start = m_input.position();
         if (!number(length)) return end();
-        if (m_offset > stop || length > stop - m_offset)
-            return refuse("a text within its attribute", std::to_string(length) + " bytes", start);
-        m_offset += length;
+        if (m_input.position() > stop || length > stop - m_input.position())
+            return refuse("a text within its attribute", std::to_string(length) + " bytes",
+                          placeText(start));
+        m_input.skip(length);
     }
     return {};
 }
@@ -73,41 +79,56 @@ ReadResult HeaderWalk::texts(std::uint32_t size) {
 /// A small picture: width, height, four bytes a pixel.
 ReadResult HeaderWalk::preview(std::uint32_t size) {
     std::uint32_t width = 0, height = 0;
-    const std::string start = where();
+    const std::uint64_t start = m_input.position();
     if (size < 8 || !number(width) || !number(height)) return end();
     const std::uint64_t pixels = std::uint64_t{width} * height;
     if (pixels != (size - 8) / 4 || (size - 8) % 4)
         return refuse("a preview of " + std::to_string((size - 8) / 4) + " pixels",
-                      std::to_string(pixels), start);
-    m_offset += size - 8;
+                      std::to_string(pixels), placeText(start));
+    m_input.skip(size - 8);
     return {};
 }
 
-ReadResult HeaderWalk::attribute(const std::string& type, std::uint32_t size) {
-    if (size > left())
+ReadResult HeaderWalk::content(const std::string& type, std::uint32_t size) {
+    const std::uint64_t place = m_input.position(), left = m_size - std::min(m_size, place);
+    if (size > left)
         return refuse("an attribute of " + std::to_string(size) + " bytes",
-                      std::to_string(left()) + " bytes", where());
+                      std::to_string(left) + " bytes", placeText(place));
     if (type == "stringvector") return texts(size);
     if (type == "preview") return preview(size);
-    m_offset += size;
+    m_input.skip(size);
     return {};
+}
+
+/// What stands behind the name of an attribute.
+ReadResult HeaderWalk::attribute() {
+    std::string type;
+    std::uint32_t size = 0;
+    if (ReadResult refusal = name(type)) return refusal;
+    return number(size) ? content(type, size) : end();
 }
 
 ReadResult HeaderWalk::walk() {
     constexpr std::uint32_t kSeveralParts = 0x1000;
-    std::uint32_t magic = 0, version = 0, size = 0;
+    // The library keeps a few hundred bytes for an attribute, however small, and some KiB for a
+    // part, which has at least one: at most about 100 MB. A part of a real file has tens of them.
+    constexpr int kMostAttributes = 32768;
+    std::uint32_t magic = 0, version = 0;
     if (!number(magic) || !number(version)) return end();
-    std::string name, type;
-    for (bool inPart = false;;) {
-        if (!text(name)) return end();
-        if (name.empty()) {
+    std::string attributeName;
+    bool inPart = false;
+    for (int attributes = 0;;) {
+        if (ReadResult refusal = name(attributeName)) return refusal;
+        if (attributeName.empty()) {
             if (!(version & kSeveralParts) || !inPart) return {};
             inPart = false;
             continue;
         }
         inPart = true;
-        if (!text(type) || !number(size)) return end();
-        if (ReadResult refusal = attribute(type, size)) return refusal;
+        if (++attributes > kMostAttributes)
+            return refuse("at most " + std::to_string(kMostAttributes) + " attributes", "more",
+                          placeText(m_input.position()));
+        if (ReadResult refusal = attribute()) return refusal;
     }
 }
 

@@ -8,7 +8,8 @@
 
 namespace rb::imaging {
 
-/// Walks over all attributes of all parts and compares their sizes with the bytes that are there.
+/// Walks over all attributes of all parts: compares their sizes with the bytes that are there and
+/// limits their number.
 ReadResult checkExrHeaders(ByteSource& source);
 
 }  // namespace rb::imaging

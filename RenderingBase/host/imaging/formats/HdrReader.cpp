@@ -274,9 +274,7 @@ void HdrReader::emit(float* out) const {
     if (m_xyz) convertXyzToRgb(kMatrix, out, columns);
 }
 
-bool recognises(std::span<const std::byte> head) {
-    return head.size() >= 2 && std::memcmp(head.data(), "#?", 2) == 0;
-}
+bool recognises(std::span<const std::byte> head) { return startsWith(head, "#?"); }
 
 std::unique_ptr<ImageReader> open(ByteSource& source) {
     return std::make_unique<HdrReader>(source);

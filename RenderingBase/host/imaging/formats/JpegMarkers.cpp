@@ -14,7 +14,6 @@
 #include "RenderingBase/host/imaging/formats/BufferedSource.h"
 
 #include <cstdint>
-#include <cstring>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -24,10 +23,6 @@ namespace {
 
 using namespace std::string_view_literals;
 using Bytes = std::span<const std::byte>;
-
-bool startsWith(Bytes bytes, std::string_view text) {
-    return bytes.size() >= text.size() && std::memcmp(bytes.data(), text.data(), text.size()) == 0;
-}
 
 unsigned byteAt(Bytes bytes, std::size_t at) { return std::to_integer<unsigned>(bytes[at]); }
 

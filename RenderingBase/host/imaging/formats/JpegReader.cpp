@@ -22,7 +22,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <jerror.h>
 #include <jpeglib.h>
 #include <memory>
@@ -32,10 +31,7 @@
 namespace rb::imaging {
 namespace {
 
-bool recognises(std::span<const std::byte> head) {
-    static constexpr std::array<unsigned char, 3> kStart{0xFF, 0xD8, 0xFF};
-    return head.size() >= kStart.size() && std::memcmp(head.data(), kStart.data(), 3) == 0;
-}
+bool recognises(std::span<const std::byte> head) { return startsWith(head, "\xFF\xD8\xFF"); }
 
 /// Four samples of ink to RGB: red is what cyan and black leave of the light.
 void inkToRgb(const JSAMPLE* ink, std::byte* rgb, std::size_t pixels, bool zeroIsFullInk) {

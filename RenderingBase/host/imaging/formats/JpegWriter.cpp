@@ -6,12 +6,9 @@
 #include "RenderingBase/host/imaging/formats/ImageWriter.h"
 #include "RenderingBase/host/imaging/formats/JpegErrors.h"
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
-#include <utility>
-#include <vector>
+#include <string>
 
 namespace rb::imaging {
 namespace {
@@ -26,7 +23,6 @@ public:
     JpegWriter(const WritablePicture& picture, std::FILE* file, Quality quality)
         : m_picture(picture), m_file(file), m_quality(quality) {
         m_codec.err = &m_errors;
-        if (picture.channels == 2) m_grey.resize(static_cast<std::size_t>(picture.width));
     }
     ~JpegWriter() { jpeg_destroy_compress(&m_codec); }
     JpegWriter(const JpegWriter&) = delete;
@@ -52,14 +48,12 @@ private:
     }
     void writeAll();
     void setDensity();
-    void writeRow(int y);
 
     const WritablePicture& m_picture;
     std::FILE* m_file;
     Quality m_quality;
     JpegErrors m_errors;
     jpeg_compress_struct m_codec{};
-    std::vector<JSAMPLE> m_grey;  // a row without its alpha
 };
 
 void JpegWriter::setDensity() {
@@ -72,26 +66,13 @@ void JpegWriter::setDensity() {
     m_codec.Y_density = static_cast<UINT16>(y);
 }
 
-void JpegWriter::writeRow(int y) {
-    const JSAMPLE* row = m_picture.row(y);
-    if (m_picture.channels == 2) {
-        for (std::size_t x = 0; x < m_grey.size(); ++x) m_grey[x] = row[2 * x];
-        row = m_grey.data();
-    }
-    JSAMPROW codecRow = const_cast<JSAMPLE*>(row);  // which only reads it
-    jpeg_write_scanlines(&m_codec, &codecRow, 1);
-}
-
 void JpegWriter::writeAll() {
     jpeg_create_compress(&m_codec);
     jpeg_stdio_dest(&m_codec, m_file);
     m_codec.image_width = static_cast<JDIMENSION>(m_picture.width);
     m_codec.image_height = static_cast<JDIMENSION>(m_picture.height);
-    const bool colors = m_picture.channels >= 3;
-    m_codec.input_components = m_picture.channels == 2 ? 1 : m_picture.channels;
-    m_codec.in_color_space = !colors                   ? JCS_GRAYSCALE
-                             : m_picture.channels == 4 ? JCS_EXT_RGBX  // the codec drops the fourth
-                                                       : JCS_RGB;
+    m_codec.input_components = m_picture.channels;
+    m_codec.in_color_space = m_picture.channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
     jpeg_set_defaults(&m_codec);
     jpeg_set_quality(&m_codec, m_quality.percent, TRUE);
     if (m_quality.fullChroma)
@@ -101,7 +82,10 @@ void JpegWriter::writeAll() {
     if (!m_picture.profile.empty())
         jpeg_write_icc_profile(&m_codec, reinterpret_cast<const JOCTET*>(m_picture.profile.data()),
                                static_cast<unsigned>(m_picture.profile.size()));
-    for (int y = 0; y < m_picture.height; ++y) writeRow(y);
+    for (int y = 0; y < m_picture.height; ++y) {
+        JSAMPROW row = const_cast<JSAMPLE*>(m_picture.row(y));  // the codec only reads it
+        jpeg_write_scanlines(&m_codec, &row, 1);
+    }
     jpeg_finish_compress(&m_codec);
 }
 

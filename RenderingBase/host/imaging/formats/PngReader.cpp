@@ -20,7 +20,6 @@
 #include <array>
 #include <csetjmp>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <png.h>
 #include <string>
@@ -28,12 +27,7 @@
 namespace rb::imaging {
 namespace {
 
-bool recognises(std::span<const std::byte> head) {
-    static constexpr std::array<unsigned char, 8> kSignature{0x89, 'P',  'N',  'G',
-                                                             0x0D, 0x0A, 0x1A, 0x0A};
-    return head.size() >= kSignature.size() &&
-           std::memcmp(head.data(), kSignature.data(), kSignature.size()) == 0;
-}
+bool recognises(std::span<const std::byte> head) { return startsWith(head, "\x89PNG\r\n\x1A\n"); }
 
 class PngReader final : public ImageReader {
 public:
@@ -101,8 +95,7 @@ void PngReader::readChunksBeforePixels() {
     // The only content of which memory is allocated by its declared size is the profile.
     constexpr png_alloc_size_t kLargestProfile = 8 << 20;
     png_set_chunk_malloc_max(m_png, kLargestProfile);
-    // A damaged critical chunk ends the reading, a damaged ancillary one is as if it were not
-    // there.
+    // A damaged critical chunk ends the reading; a damaged ancillary one counts as missing.
     png_set_crc_action(m_png, PNG_CRC_ERROR_QUIT, PNG_CRC_WARN_DISCARD);
     png_set_benign_errors(m_png, 1);
     static constexpr png_byte kIgnored[] =
@@ -177,7 +170,7 @@ void PngReader::readRows() {
     for (int pass = 0; pass < passes; ++pass)
         for (m_row = 0; m_row < m_height; ++m_row)
             png_read_row(m_png, reinterpret_cast<png_bytep>(m_pixels + m_row * rowBytes), nullptr);
-    png_read_end(m_png, nullptr);
+    png_read_end(m_png, m_info);  // without m_info, it would not look at unknown critical chunks
 }
 
 ReadResult PngReader::readPixels(std::span<std::byte> pixels) {

@@ -11,12 +11,9 @@
 namespace rb::imaging {
 
 /// Decodes all blocks into @p out, width x height delivered pixels; on all processors when there is
-/// much to do. Of several faults, the one of the first block is reported.
+/// much to do. What the file says about its blocks is checked before any is decoded. Of several
+/// faults, the one of the first block is reported.
 ReadResult decodeTiffBlocks(SharedSource& source, const TiffDirectory& directory,
                             const TiffPixels& pixels, std::byte* out);
-
-/// Decodes what needs the library's own conversion to RGB (`TiffDirectory::throughRgba`).
-ReadResult decodeTiffThroughRgba(SharedSource& source, const TiffDirectory& directory,
-                                 std::byte* out);
 
 }  // namespace rb::imaging

@@ -10,8 +10,8 @@ const TiffCompression* findTiffCompression(std::uint16_t code) {
     // JPEG, a bit for a block of 8 x 8, of which 32 x 32 pixels of four samples take at least 19;
     // DEFLATE, the 1032:1 of zlib's technical notes; PackBits and SGI's log run lengths, 128 bytes
     // in 2 (the latter decode 4 stored bytes to 12); Pixar's log, DEFLATE of 16-bit codes for
-    // 32-bit floats; LZMA, 273 bytes in a third of a bit; Zstandard, a block of 128 KiB in 4 bytes
-    // (RFC 8878, 3.1.1.2).
+    // 32-bit floats; LZMA, 273 bytes in a third of a bit; Zstandard, 128 KiB in 4 bytes (RFC 8878,
+    // 3.1.1.2).
     static constexpr std::array<TiffCompression, 16> kSchemes{{
         {1, "none", 1},
         {2, "CCITT RLE", 0},

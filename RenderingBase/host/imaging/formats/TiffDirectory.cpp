@@ -9,8 +9,7 @@
 namespace rb::imaging {
 namespace {
 
-/// A field of a handle; the value that the standard supplies when the file has none; else @p
-/// absent.
+/// A field of a handle; when the file has none, what the standard supplies, or else @p absent.
 template <typename Value>
 Value field(TIFF* tiff, std::uint32_t tag, Value absent) {
     Value value{};

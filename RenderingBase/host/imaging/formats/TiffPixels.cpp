@@ -49,6 +49,11 @@ TiffPixels::TiffPixels(const TiffDirectory& directory) : m_directory(directory) 
     m_channels = static_cast<std::size_t>(layoutOf(m_format).channels);
 }
 
+std::vector<std::uint32_t> TiffPixels::planes() const {
+    if (!m_directory.planar) return {0};
+    return {m_wanted.begin(), m_wanted.end()};
+}
+
 bool TiffPixels::isGrey() const {
     return m_directory.color == TiffColor::MinIsWhite ||
            m_directory.color == TiffColor::MinIsBlack || m_directory.color == TiffColor::LogL;

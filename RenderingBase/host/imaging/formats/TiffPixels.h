@@ -36,6 +36,8 @@ public:
     bool deliversSRGB() const { return isLab() || m_directory.color == TiffColor::Cmyk; }
     /// Which samples are wanted, in the order of `TiffRows`: those of the colour, then alpha.
     std::span<const int> wanted() const { return m_wanted; }
+    /// From which planes they come, in the same order; 0 for a file that is not planar.
+    std::vector<std::uint32_t> planes() const;
     /// Whether decoded rows are delivered pixels already.
     bool keepsRows() const;
     /// Prepares the conversion of colours. Call once, before `convert`.

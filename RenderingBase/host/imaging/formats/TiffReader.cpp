@@ -14,7 +14,9 @@
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/TiffBlocks.h"
 #include "RenderingBase/host/imaging/formats/TiffDirectory.h"
+#include "RenderingBase/host/imaging/formats/TiffDirectoryCheck.h"
 #include "RenderingBase/host/imaging/formats/TiffPixels.h"
+#include "RenderingBase/host/imaging/formats/TiffRgba.h"
 
 #include <array>
 #include <cstring>
@@ -39,6 +41,7 @@ public:
     explicit TiffReader(ByteSource& source) : m_source(source) {}
 
     ReadResult readHeader(ImageHeader& header) override {
+        if (ReadResult refusal = checkTiffDirectory(m_source)) return refusal;
         // Lists of a directory take up to eight times their bytes in the file once they are read.
         constexpr std::uint64_t kLeastAllowance = 1 << 20;
         const std::uint64_t size = std::min(m_source.size(), std::uint64_t{1} << 56);

@@ -4,16 +4,12 @@
 // 4096 pixels. TiffReader.cpp shows the layout of a file and names the sources.
 
 #include "RenderingBase/host/imaging/ParallelRows.h"
+#include "RenderingBase/host/imaging/formats/DeflatedRows.h"
 #include "RenderingBase/host/imaging/formats/ImageWriter.h"
 #include "RenderingBase/host/imaging/formats/TiffHandle.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
-#include <libdeflate.h>
-#include <memory>
-#include <new>
-#include <string>
 #include <vector>
 
 namespace rb::imaging {
@@ -21,23 +17,11 @@ namespace {
 
 constexpr std::size_t kStripBytes = 256 * 1024;
 constexpr int kStripsAtOnce = 64;
-constexpr int kLevel = 1;
-
-/// Replaces every sample but the first of a channel by its difference from the one to the left.
-void differentiate(const unsigned char* row, std::size_t bytes, std::size_t channels,
-                   unsigned char* out) {
-    std::memcpy(out, row, std::min(bytes, channels));
-    for (std::size_t i = channels; i < bytes; ++i)
-        out[i] = static_cast<unsigned char>(row[i] - row[i - channels]);
-}
 
 /// Makes strips ready for the file. Threads: one each.
 class StripPacker {
 public:
-    explicit StripPacker(const WritablePicture& picture)
-        : m_picture(picture), m_compressor(libdeflate_alloc_compressor(kLevel)) {
-        if (!m_compressor) throw std::bad_alloc();
-    }
+    explicit StripPacker(const WritablePicture& picture) : m_picture(picture) {}
 
     /// Packs rows @p first to @p end into @p packed.
     void pack(int first, int end, std::vector<unsigned char>& packed) {
@@ -47,19 +31,14 @@ public:
         for (int y = first; y < end; ++y, out += rowBytes)
             differentiate(m_picture.row(y), rowBytes, static_cast<std::size_t>(m_picture.channels),
                           out);
-        packed.resize(libdeflate_zlib_compress_bound(m_compressor.get(), m_plain.size()));
-        packed.resize(libdeflate_zlib_compress(m_compressor.get(), m_plain.data(), m_plain.size(),
-                                               packed.data(), packed.size()));
+        packed.resize(m_deflater.bound(m_plain.size()));
+        packed.resize(
+            m_deflater.compress(m_plain.data(), m_plain.size(), packed.data(), packed.size()));
     }
 
 private:
-    struct Free {
-        void operator()(libdeflate_compressor* compressor) const {
-            libdeflate_free_compressor(compressor);
-        }
-    };
     const WritablePicture& m_picture;
-    const std::unique_ptr<libdeflate_compressor, Free> m_compressor;
+    const Deflater m_deflater;
     std::vector<unsigned char> m_plain;
 };
 
@@ -90,8 +69,8 @@ void setFields(TIFF* tiff, const WritablePicture& picture, int rowsPerStrip) {
 }
 
 ReadResult failure(const TiffHandle& handle) {
-    return refuse("to write a TIFF file",
-                  handle.complaint().empty() ? "a write that failed" : handle.complaint());
+    return refuse("a picture that can be written as TIFF",
+                  handle.complaint().empty() ? "one that the codec refuses" : handle.complaint());
 }
 
 }  // namespace
