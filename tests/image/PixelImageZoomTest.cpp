@@ -124,25 +124,18 @@ TEST(KVRPixelImageZoom, the_resolution_follows_so_that_the_picture_keeps_its_siz
     EXPECT_EQ(half->GetResolutionUnit(), 2);
 }
 
-// Rows of one pixel that become wide, and many of them that become few: the filter must hold all
-// rows under a target row, thousands of megabytes if it held them at full width.
+// The filter must hold all rows under a target row: at full width, more bytes than 32 bits count.
 TEST(KVRPixelImageZoom, filtered_takes_extreme_ratios) {
-    constexpr int kHigh = 32768, kWide = 16384;
+    constexpr int kHigh = 32768, kWide = 4096;
     const Image ramp = Image::Adopt(new KVRPixelImage(1, kHigh, Format::RGBA_f));
     for (int y = 0; y < kHigh; ++y)
         for (int c = 0; c < 4; ++c)
             ramp->GetFloatingPixelsToModify()[4 * y + c] = c == 3 ? 1.0F : static_cast<float>(y);
-    const Image wide = zoomed(ramp, kWide, 4, kFiltered);
+    const Image wide = zoomed(ramp, kWide, 1, kFiltered);
     ASSERT_TRUE(wide);
     const float* out = wide->GetFloatingPixelsToRead();
-    // The two middle rows lie far enough from the ends for the triangle to balance on its centre.
-    EXPECT_NEAR(out[4 * kWide], kHigh * 0.375, 1);
-    EXPECT_NEAR(out[4 * 2 * kWide], kHigh * 0.625, 1);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 1; x < kWide; ++x)
-            ASSERT_EQ(out[4 * (y * kWide + x)], out[4 * y * kWide]) << x << ", " << y;
-    EXPECT_TRUE(
-        zoomed(Image::Adopt(new KVRPixelImage(1, 524288, Format::RGBA)), kWide, 64, kFiltered));
+    EXPECT_NEAR(out[0], (kHigh - 1) / 2.0, 1);  // the filter is symmetric about the middle
+    for (int x = 1; x < kWide; ++x) ASSERT_EQ(out[4 * x], out[0]) << x;
 }
 
 // Wide enough to be worked on in slices of columns, beside the same without any rows to hold.

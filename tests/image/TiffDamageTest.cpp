@@ -276,6 +276,9 @@ TEST(TiffDamage, directories_of_more_fields_than_there_are_bytes_are_refused) {
                           std::string::npos)
                     << message;
             }
+            file.replace(directory, static_cast<std::size_t>(countBytes),
+                         tiff.number(0, countBytes));
+            EXPECT_NE(refusalOf(file).find("expected a directory with fields"), std::string::npos);
             // As many as the directory may have, and one more.
             file.resize(200000, '\0');
             file.replace(directory, static_cast<std::size_t>(countBytes),

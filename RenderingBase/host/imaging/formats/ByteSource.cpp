@@ -53,7 +53,8 @@ std::size_t FileSource::read(std::uint64_t offset, void* to, std::size_t count) 
 }
 
 std::string FileSource::failure() const {
-    return m_error ? std::generic_category().message(m_error) : std::string();
+    const int error = m_error;
+    return error ? std::generic_category().message(error) : std::string();
 }
 
 }  // namespace rb::imaging

@@ -2,6 +2,7 @@
 
 /// @file  Where readers take bytes from: a file or memory.
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -56,7 +57,7 @@ private:
     FileSource(int descriptor, std::uint64_t size) : m_descriptor(descriptor), m_size(size) {}
     int m_descriptor;
     std::uint64_t m_size;
-    int m_error = 0;  // of the last read that failed
+    std::atomic<int> m_error{0};  // of the last read that failed; several threads read
 };
 
 }  // namespace rb::imaging

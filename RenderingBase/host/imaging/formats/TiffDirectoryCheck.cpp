@@ -110,6 +110,7 @@ ReadResult DirectoryWalk::walk() {
     if (ReadResult refusal = findDirectory()) return refusal;
     const std::string where = "byte " + std::to_string(m_offset);
     const std::uint64_t room = m_size - m_offset - countBytes();
+    if (m_fields == 0) return refuse("a directory with fields", "an empty one", where);
     if (m_fields > room / fieldBytes())
         return refuse("room for " + std::to_string(m_fields) + " fields",
                       std::to_string(room) + " bytes", where);
