@@ -1,6 +1,7 @@
 // Pixels of JPEG files: every kind of coding, every kind of colours.
 
 #include "tests/image/ImageFiles.h"
+#include "tests/image/InkProfile.h"
 #include "tests/image/JpegBuilder.h"
 #include "tests/support/ForeignPrograms.h"
 
@@ -65,32 +66,9 @@ constexpr JpegRecipe kInk{.samples = JCS_CMYK, .stored = JCS_CMYK, .components =
 
 /// A device whose black ink alone counts, from paper white to L* = 0, with straight lines between.
 std::string blackOnlyProfile() {
-    const cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
-    cmsSetProfileVersion(profile, 4.2);
-    cmsSetDeviceClass(profile, cmsSigOutputClass);
-    cmsSetColorSpace(profile, cmsSigCmykData);
-    cmsSetPCS(profile, cmsSigLabData);
-    std::vector<cmsUInt16Number> table;
-    for (int node = 0; node < 16; ++node) {  // black changes fastest
-        const cmsCIELab lab{node % 2 ? 0.0 : 100.0, 0, 0};
-        std::array<cmsUInt16Number, 3> encoded{};
-        cmsFloat2LabEncoded(encoded.data(), &lab);
-        table.insert(table.end(), encoded.begin(), encoded.end());
-    }
-    cmsPipeline* const pipeline = cmsPipelineAlloc(nullptr, 4, 3);
-    cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 4, nullptr));
-    cmsPipelineInsertStage(pipeline, cmsAT_END,
-                           cmsStageAllocCLut16bit(nullptr, 2, 4, 3, table.data()));
-    cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
-    EXPECT_TRUE(cmsWriteTag(profile, cmsSigAToB0Tag, pipeline));
-    EXPECT_TRUE(cmsWriteTag(profile, cmsSigAToB1Tag, pipeline));
-    cmsPipelineFree(pipeline);
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    std::string data(size, '\0');
-    cmsSaveProfileToMem(profile, data.data(), &size);
-    cmsCloseProfile(profile);
-    return data;
+    std::array<cmsCIELab, 16> nodes{};
+    for (std::size_t i = 0; i < nodes.size(); ++i) nodes[i].L = i % 2 ? 0 : 100;
+    return inkProfile(nodes);
 }
 
 }  // namespace

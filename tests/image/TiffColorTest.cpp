@@ -1,6 +1,7 @@
 // Colours of TIFF files that are not RGB: inks, Lab, luminance and chroma, logarithms.
 
 #include "tests/image/ImageFiles.h"
+#include "tests/image/InkProfile.h"
 #include "tests/image/TiffBuilder.h"
 
 #include <algorithm>
@@ -39,36 +40,6 @@ std::array<double, 3> sRgbOfLab(double l, double a, double b) {
                                            : 1.055 * std::pow(clamped, 1 / 2.4) - 0.055);
     });
     return result;
-}
-
-/// The profile of a device whose sixteen extreme ink mixtures have the colours of @p nodes, with
-/// straight lines between them: made by the colour engine, without any reader of ours.
-std::string inkProfile(const std::array<cmsCIELab, 16>& nodes) {
-    const cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
-    cmsSetProfileVersion(profile, 4.2);
-    cmsSetDeviceClass(profile, cmsSigOutputClass);
-    cmsSetColorSpace(profile, cmsSigCmykData);
-    cmsSetPCS(profile, cmsSigLabData);
-    std::vector<cmsUInt16Number> table;
-    for (const cmsCIELab& lab : nodes) {
-        std::array<cmsUInt16Number, 3> encoded{};
-        cmsFloat2LabEncoded(encoded.data(), &lab);
-        table.insert(table.end(), encoded.begin(), encoded.end());
-    }
-    cmsPipeline* const pipeline = cmsPipelineAlloc(nullptr, 4, 3);
-    cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 4, nullptr));
-    cmsPipelineInsertStage(pipeline, cmsAT_END,
-                           cmsStageAllocCLut16bit(nullptr, 2, 4, 3, table.data()));
-    cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
-    for (const cmsTagSignature tag : {cmsSigAToB0Tag, cmsSigAToB1Tag})
-        EXPECT_TRUE(cmsWriteTag(profile, tag, pipeline));
-    cmsPipelineFree(pipeline);
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    std::string data(size, '\0');
-    cmsSaveProfileToMem(profile, data.data(), &size);
-    cmsCloseProfile(profile);
-    return data;
 }
 
 TiffBuilder inks(unsigned width, unsigned samples, unsigned bits = 8) {

@@ -7,9 +7,9 @@
 //   00 00 20 00 "IDAT" ...                              the pixels: deflated rows
 //   00 00 00 00 "IEND" AE 42 60 82
 //
-// Source: W3C PNG Specification, second edition (ISO/IEC 15948), clauses 5 and 11. Of the ancillary
-// chunks only tRNS, iCCP and pHYs matter here: gamma, background and the like are for whoever shows
-// the picture, and the pixels are delivered as they are stored.
+// Source: W3C, Portable Network Graphics, 2nd edition (ISO/IEC 15948), clauses 5 and 11. Of the
+// ancillary chunks only tRNS, iCCP and pHYs matter here: gamma, background and the like are for
+// whoever shows the picture, and the pixels are delivered as they are stored.
 
 #include "RenderingBase/host/imaging/formats/BufferedSource.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"

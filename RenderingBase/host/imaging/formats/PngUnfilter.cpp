@@ -3,7 +3,7 @@
 //
 //   0 none 0      1 sub a      2 up b      3 average (a + b) / 2      4 Paeth: see below
 //
-// Source: W3C PNG Specification, second edition (ISO/IEC 15948), clause 9.
+// Source: W3C, Portable Network Graphics, 2nd edition (ISO/IEC 15948), clause 9.
 
 #include "RenderingBase/host/imaging/formats/PngUnfilter.h"
 

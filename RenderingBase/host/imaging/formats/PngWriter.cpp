@@ -4,7 +4,8 @@
 // Every row is filtered with Sub, the difference to the pixel on the left: choosing among the
 // filters saves little on pictures and takes many times as long.
 //
-// Source: W3C PNG Specification, second edition (ISO/IEC 15948), clauses 5.3, 9.2, 10.1 and 11.
+// Source: W3C, Portable Network Graphics, 2nd edition (ISO/IEC 15948), clauses 5.3, 9.2, 10.1
+// and 11.
 
 #include "RenderingBase/host/imaging/PixelStorage.h"
 #include "RenderingBase/host/imaging/formats/DeflatedRows.h"
