@@ -116,6 +116,7 @@ void ExrReader::readChroma(std::byte* pixels) {
     const std::uintptr_t origin =
         reinterpret_cast<std::uintptr_t>(row.data()) -
         static_cast<std::uintptr_t>(std::int64_t{m_window.min.x}) * sizeof(Imf::Rgba);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): see above
     file.setFrameBuffer(reinterpret_cast<Imf::Rgba*>(origin), 1, 0);
     for (int y = m_window.min.y; y <= m_window.max.y; ++y) {
         file.readPixels(y);
