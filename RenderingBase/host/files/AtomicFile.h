@@ -13,8 +13,7 @@ namespace rb::files {
 ///
 /// The content has no name until then (where the file system can do that), so that a program which
 /// is interrupted leaves nothing behind; otherwise it stands beside the final place under a hidden
-/// name that ends in ".part". Links stay, and what they lead to is replaced; so does the mode of an
-/// older file.
+/// name that ends in ".part". Of an older file the mode stays, and links that lead to it.
 /// Threads: one. Lifetime: without `commit` nothing stays.
 class KVR_EXPORT AtomicFile {
 public:

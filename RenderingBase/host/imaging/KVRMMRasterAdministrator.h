@@ -10,9 +10,10 @@
 
 /// How the pixels of a file are stored.
 struct KVRMMImageProp {
-    int channels = 0;                                        ///< Stored samples of a pixel.
-    int bitsPerChannel = 0;                                  ///< Stored bits of a sample.
-    KVRPixelImageFormat format = KVRPixelImageFormat::None;  ///< In which the image is delivered.
+    int channels = 0;        ///< Stored samples of a pixel.
+    int bitsPerChannel = 0;  ///< Stored bits of a sample.
+    /// In which the image is delivered.
+    KVRPixelImageFormat format = KVRPixelImageFormat::None;
     KVRUnicodeString fileFormat;   ///< "png", "jpg", "tif", "exr" or "hdr".
     bool hasProfile = false;       ///< Whether a colour profile is embedded.
     KVRUnicodeString profileName;  ///< The embedded profile's description; empty without one.
