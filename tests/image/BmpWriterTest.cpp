@@ -1,6 +1,7 @@
 // Bitmaps that are written: other programs read the pixels back, the headers are looked at by hand.
 
 #include "tests/image/ImageFiles.h"
+#include "tests/image/WrittenImages.h"
 #include "tests/support/ForeignPrograms.h"
 
 #include <cstring>
@@ -11,20 +12,6 @@
 namespace {
 
 using namespace rb::test;
-
-Image made(const RawPicture& picture) {
-    constexpr Format kFormats[] = {Format::None, Format::L, Format::LA, Format::RGB, Format::RGBA};
-    Image image =
-        Image::Adopt(new KVRPixelImage(picture.width, picture.height, kFormats[picture.channels]));
-    std::memcpy(image->GetPixelsToModify(), picture.samples.data(), picture.samples.size());
-    return image;
-}
-
-std::string written(const TempFolder& folder, const Image& image) {
-    const std::string path = folder.file("out.bmp");
-    EXPECT_EQ(image->WriteToFile(path, "BMP"), S_OK) << KVRLastImageError().Message();
-    return path;
-}
 
 /// A number of @p bytes bytes, little endian.
 std::uint32_t number(const std::string& file, std::size_t at, int bytes) {
@@ -49,7 +36,7 @@ TEST(BmpWriter, other_programs_read_the_pixels_back) {
     for (const int width : {1, 2, 3, 4, 61})
         for (const int channels : {1, 2, 3, 4}) {
             const RawPicture picture = gradients(width, 23, channels);
-            const std::string path = written(folder, made(picture));
+            const std::string path = written(folder, imageOf(picture), "BMP");
             const char* const words[] = {"", "gray", "rgba", "rgb", "rgba"};
             EXPECT_TRUE(decodedByConvert(path, words[channels]) ==
                         (channels == 2 ? asColors(picture) : picture.samples))
@@ -62,7 +49,7 @@ TEST(BmpWriter, a_second_program_agrees) {
     for (const int channels : {1, 3}) {
         const RawPicture picture = gradients(37, 19, channels);
         const std::string out = folder.file(channels == 1 ? "out.pgm" : "out.ppm");
-        runProgram("oiiotool " + shellWord(written(folder, made(picture))) +
+        runProgram("oiiotool " + shellWord(written(folder, imageOf(picture), "BMP")) +
                    (channels == 1 ? " --ch 0" : "") + " -d uint8 -o " + shellWord(out));
         const std::string content = contentOf(out);
         ASSERT_GE(content.size(), picture.samples.size());
@@ -78,7 +65,8 @@ TEST(BmpWriter, headers_fit_what_is_written) {
     const TempFolder folder;
     for (const Case& test :
          {Case{1, 40, 8, 256}, Case{2, 108, 32, 0}, Case{3, 40, 24, 0}, Case{4, 108, 32, 0}}) {
-        const std::string file = contentOf(written(folder, made(gradients(5, 3, test.channels))));
+        const std::string file =
+            contentOf(written(folder, imageOf(gradients(5, 3, test.channels)), "BMP"));
         const unsigned row = (5 * test.bits + 31) / 32 * 4;
         const unsigned begin = 14 + test.headerBytes + 4 * test.paletteEntries;
         EXPECT_EQ(file.substr(0, 2), "BM");
@@ -99,10 +87,10 @@ TEST(BmpWriter, headers_fit_what_is_written) {
 
 TEST(BmpWriter, resolution_goes_out_per_metre) {
     const TempFolder folder;
-    const Image image = made(gradients(2, 2, 3));
+    const Image image = imageOf(gradients(2, 2, 3));
     const auto perMetre = [&](double x, double y, int unit) {
         image->SetResolution(x, y, unit);
-        const std::string file = contentOf(written(folder, image));
+        const std::string file = contentOf(written(folder, image, "BMP"));
         return std::pair{number(file, 38, 4), number(file, 42, 4)};
     };
     EXPECT_EQ(perMetre(300, 72, 2), (std::pair{11811U, 2835U}));
@@ -116,9 +104,9 @@ TEST(BmpWriter, profile_goes_out_behind_the_pixels) {
     const auto data = profile->GetData();
     for (const int channels : {3, 4}) {
         const RawPicture picture = gradients(5, 3, channels);
-        const Image image = made(picture);
+        const Image image = imageOf(picture);
         ASSERT_EQ(image->AssignColorProfile(profile.Get(), 0), S_OK);
-        const std::string path = written(folder, image), file = contentOf(path);
+        const std::string path = written(folder, image, "BMP"), file = contentOf(path);
         EXPECT_EQ(number(file, 14, 4), 124U);
         EXPECT_EQ(file.substr(14 + 56, 4), "DEBM");  // PROFILE_EMBEDDED, little endian
         const std::size_t at = 14 + number(file, 14 + 112, 4), size = number(file, 14 + 116, 4);
@@ -131,7 +119,7 @@ TEST(BmpWriter, profile_goes_out_behind_the_pixels) {
 
 TEST(BmpWriter, profile_of_another_colour_space_stays_away) {
     const TempFolder folder;
-    const Image image = made(gradients(5, 3, 1));
+    const Image image = imageOf(gradients(5, 3, 1));
     const auto sRGB = KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateSRGB());
     std::vector<std::byte> grey(sRGB->GetData().begin(), sRGB->GetData().end());
     std::memcpy(grey.data() + 16, "GRAY", 4);
@@ -139,5 +127,5 @@ TEST(BmpWriter, profile_of_another_colour_space_stays_away) {
         KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateFromMemory(grey));
     ASSERT_TRUE(profile);
     ASSERT_EQ(image->AssignColorProfile(profile.Get(), 0), S_OK);
-    EXPECT_EQ(number(contentOf(written(folder, image)), 14, 4), 40U);
+    EXPECT_EQ(number(contentOf(written(folder, image, "BMP")), 14, 4), 40U);
 }

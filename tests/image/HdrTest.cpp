@@ -15,12 +15,6 @@ namespace {
 using namespace rb::test;
 using Bytes = std::vector<int>;
 
-std::string bytes(const Bytes& values) {
-    std::string text;
-    for (int value : values) text += static_cast<char>(value);
-    return text;
-}
-
 std::string picture(const std::string& resolution, const std::string& scanlines,
                     const std::string& lines = "FORMAT=32-bit_rle_rgbe\n") {
     return "#?RADIANCE\n" + lines + "\n" + resolution + "\n" + scanlines;

@@ -61,6 +61,20 @@ std::vector<Value> valuesOf(const Image& image, int width, int height, Format fo
     return values;
 }
 
+/// All pixels as they lie in memory; nothing when there is no image.
+inline std::string rawPixels(const Image& image) {
+    if (!image) return {};
+    const auto bytes = image->GetRawPixels();
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+/// A part of a file from the values of its bytes.
+inline std::string bytes(const std::vector<int>& values) {
+    std::string text;
+    for (const int value : values) text += static_cast<char>(value);
+    return text;
+}
+
 inline std::vector<int> bytesOf(const Image& image, int width, int height, Format format) {
     const auto values = valuesOf<std::uint8_t>(image, width, height, format);
     return {values.begin(), values.end()};

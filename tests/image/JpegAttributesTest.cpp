@@ -2,6 +2,7 @@
 
 #include "tests/image/ImageFiles.h"
 #include "tests/image/JpegBuilder.h"
+#include "tests/image/WrittenImages.h"
 #include "tests/support/ForeignPrograms.h"
 
 #include <gtest/gtest.h>
@@ -114,12 +115,6 @@ Image filled(int width, int height, Format format) {
     return image;
 }
 
-std::string written(const TempFolder& folder, const Image& image, const char* format = "JPG") {
-    const std::string path = folder.file("written.jpg");
-    EXPECT_EQ(image->WriteToFile(path, format), S_OK) << KVRLastImageError().Message();
-    return path;
-}
-
 std::string identified(const std::string& path, const std::string& format) {
     return runProgram("identify -format " + shellWord(format) + " " + shellWord(path));
 }
@@ -208,12 +203,12 @@ TEST(JpegResolution, is_written_as_density) {
     const TempFolder folder;
     const Image image = filled(9, 9, Format::RGB);
     image->SetResolution(299.6, 72, 2);
-    EXPECT_EQ(identified(written(folder, image), "%x %y %U"), "300 72 PixelsPerInch");
+    EXPECT_EQ(identified(written(folder, image, "JPG"), "%x %y %U"), "300 72 PixelsPerInch");
     image->SetResolution(118.11, 50, 3);
-    EXPECT_EQ(identified(written(folder, image), "%x %y %U"), "118 50 PixelsPerCentimeter");
+    EXPECT_EQ(identified(written(folder, image, "JPG"), "%x %y %U"), "118 50 PixelsPerCentimeter");
     for (const double none : {0.0, 0.2, 70000.0}) {
         image->SetResolution(none, none, 2);
-        EXPECT_EQ(statedBy(contentOf(written(folder, image))), kNothing) << none;
+        EXPECT_EQ(statedBy(contentOf(written(folder, image, "JPG"))), kNothing) << none;
     }
 }
 
@@ -235,7 +230,7 @@ TEST(JpegProfile, is_written_for_others_byte_for_byte) {
             {reinterpret_cast<const std::byte*>(icc.data()), icc.size()}));
         ASSERT_TRUE(profile);
         image->AssignColorProfile(profile.Get(), 0);
-        const std::string path = written(folder, image);
+        const std::string path = written(folder, image, "JPG");
         EXPECT_EQ(runProgram("convert " + shellWord(path) + " icc:-"), icc);
         EXPECT_EQ(dataOf(profileOf(loadFile(path))), icc);
     }

@@ -22,12 +22,6 @@ std::string encoded(JpegRecipe recipe = {}) {
     return encodeJpeg(kSide, kSide, gradients(kSide, kSide, ink ? 4 : 3).samples, recipe);
 }
 
-std::string rawPixels(const Image& image) {
-    if (!image) return {};
-    const auto bytes = image->GetRawPixels();
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }

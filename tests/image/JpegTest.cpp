@@ -18,12 +18,6 @@ namespace {
 using namespace rb::test;
 using Values = std::vector<int>;
 
-std::string rawPixels(const Image& image) {
-    if (!image) return {};
-    const auto bytes = image->GetRawPixels();
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 /// A picture without hard edges, so that little is lost.
 RawPicture soft(int width, int height, int channels) {
     RawPicture picture{width, height, channels, 8, {}};
@@ -43,12 +37,6 @@ std::string squares(const std::vector<std::string>& colors) {
     std::string samples;
     for (int y = 0; y < 8; ++y) samples += row;
     return samples;
-}
-
-std::string bytes(const Values& values) {
-    std::string text;
-    for (const int value : values) text += static_cast<char>(value);
-    return text;
 }
 
 /// One pixel of each square.

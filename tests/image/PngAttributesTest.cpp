@@ -2,6 +2,7 @@
 
 #include "tests/image/ImageFiles.h"
 #include "tests/image/PngBuilder.h"
+#include "tests/image/WrittenImages.h"
 #include "tests/support/ForeignPrograms.h"
 
 #include <gtest/gtest.h>
@@ -61,17 +62,6 @@ Image pattern(int width, int height, Format format) {
     return image;
 }
 
-std::string rawPixels(const Image& image) {
-    const auto bytes = image->GetRawPixels();
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
-std::string written(const TempFolder& folder, const Image& image) {
-    const std::string path = folder.file("written.png");
-    EXPECT_EQ(image->WriteToFile(path, "PNG"), S_OK) << KVRLastImageError().Message();
-    return path;
-}
-
 }  // namespace
 
 TEST(PngResolution, of_metres_is_reported_for_the_centimetre) {
@@ -117,7 +107,7 @@ TEST(PngResolution, is_written_in_either_unit) {
     const auto expectSeen = [&](double x, double y) {
         std::istringstream seen(
             runProgram("identify -units PixelsPerCentimeter -format '%x %y %U' " +
-                       shellWord(written(folder, image))));
+                       shellWord(written(folder, image, "PNG"))));
         double seenX = 0, seenY = 0;
         std::string unit;
         seen >> seenX >> seenY >> unit;
@@ -129,9 +119,9 @@ TEST(PngResolution, is_written_in_either_unit) {
     expectSeen(50, 118.11);
     image->SetResolution(300, 72, 2);
     expectSeen(118.11, 28.35);  // 300 / 0.0254 = 11811.02 and 72 / 0.0254 = 2834.65 to the metre
-    EXPECT_DOUBLE_EQ(resolutionOf(loadFile(folder.file("written.png"))).x, 118.11);
+    EXPECT_DOUBLE_EQ(resolutionOf(loadFile(written(folder, image, "PNG"))).x, 118.11);
     image->SetResolution(0, 0, 1);
-    EXPECT_EQ(contentOf(written(folder, image)).find("pHYs"), std::string::npos);
+    EXPECT_EQ(contentOf(written(folder, image, "PNG")).find("pHYs"), std::string::npos);
 }
 
 TEST(PngProfile, of_another_encoder_arrives_byte_for_byte) {
@@ -154,7 +144,7 @@ TEST(PngProfile, is_written_for_others_byte_for_byte) {
         {reinterpret_cast<const std::byte*>(icc.data()), icc.size()}));
     ASSERT_TRUE(profile);
     image->AssignColorProfile(profile.Get(), 0);
-    EXPECT_EQ(runProgram("convert " + shellWord(written(folder, image)) + " icc:-"), icc);
+    EXPECT_EQ(runProgram("convert " + shellWord(written(folder, image, "PNG")) + " icc:-"), icc);
 }
 
 TEST(PngProfile, the_sRGB_chunk_is_none) {
@@ -193,7 +183,7 @@ TEST(PngWriter, every_channel_count_is_read_back_by_others_and_by_us) {
         {Format::L, "gray"}, {Format::LA, "rgba"}, {Format::RGB, "rgb"}, {Format::RGBA, "rgba"}};
     for (const auto& [format, channels] : cases) {
         const Image image = pattern(61, 37, format);
-        const std::string path = written(folder, image), pixels = rawPixels(image);
+        const std::string path = written(folder, image, "PNG"), pixels = rawPixels(image);
         std::string seen = decodedByConvert(path, channels);
         if (format == Format::LA) {  // grey three times, then alpha
             std::string two;
@@ -210,7 +200,8 @@ TEST(PngWriter, a_second_program_reads_the_same) {
     for (const Format format : {Format::L, Format::RGB}) {
         const Image image = pattern(64, 20, format);
         const std::string out = folder.file(format == Format::L ? "a.pgm" : "a.ppm");
-        runProgram("oiiotool " + shellWord(written(folder, image)) + " -o " + shellWord(out));
+        runProgram("oiiotool " + shellWord(written(folder, image, "PNG")) + " -o " +
+                   shellWord(out));
         const std::string pixels = rawPixels(image), portable = contentOf(out);
         ASSERT_GE(portable.size(), pixels.size());
         EXPECT_EQ(portable.substr(portable.size() - pixels.size()), pixels);
@@ -223,7 +214,7 @@ TEST(PngWriter, data_of_several_chunks) {
     std::mt19937 random(11);
     for (std::byte& value : image->GetRawPixels()) value = static_cast<std::byte>(random() >> 8);
     const TempFolder folder;
-    const std::string path = written(folder, image);
+    const std::string path = written(folder, image, "PNG");
     EXPECT_EQ(decodedByConvert(path, "rgb"), rawPixels(image));
     EXPECT_EQ(rawPixels(loadFile(path)), rawPixels(image));
 }

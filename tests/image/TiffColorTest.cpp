@@ -17,12 +17,6 @@ namespace {
 using namespace rb::test;
 using Values = std::vector<int>;
 
-std::string bytes(const Values& values) {
-    std::string text;
-    for (int value : values) text += static_cast<char>(value);
-    return text;
-}
-
 /// CIE Lab (D50) to sRGB by the book: CIE 15, Bradford-adapted IEC 61966-2-1.
 std::array<double, 3> sRgbOfLab(double l, double a, double b) {
     const auto cube = [](double t) {

@@ -37,12 +37,6 @@ std::string bitsOf(unsigned value, int count) {
     return text;
 }
 
-std::string bytes(const Values& values) {
-    std::string text;
-    for (int value : values) text += static_cast<char>(value);
-    return text;
-}
-
 }  // namespace
 
 TEST(TiffLayout, unpacks_any_depth_most_significant_bit_first) {

@@ -1,6 +1,7 @@
 // TIFF files that are written: other programs and our own reader read them back.
 
 #include "tests/image/ImageFiles.h"
+#include "tests/image/WrittenImages.h"
 #include "tests/support/ForeignPrograms.h"
 
 #include <cstring>
@@ -12,21 +13,6 @@ namespace {
 
 using namespace rb::test;
 
-constexpr Format kFormats[] = {Format::None, Format::L, Format::LA, Format::RGB, Format::RGBA};
-
-Image made(const RawPicture& picture) {
-    Image image =
-        Image::Adopt(new KVRPixelImage(picture.width, picture.height, kFormats[picture.channels]));
-    std::memcpy(image->GetPixelsToModify(), picture.samples.data(), picture.samples.size());
-    return image;
-}
-
-std::string written(const TempFolder& folder, const Image& image) {
-    const std::string path = folder.file("out.tif");
-    EXPECT_EQ(image->WriteToFile(path, "TIFF"), S_OK) << KVRLastImageError().Message();
-    return path;
-}
-
 }  // namespace
 
 TEST(TiffWriter, pixels_come_back) {
@@ -36,8 +22,8 @@ TEST(TiffWriter, pixels_come_back) {
     for (const auto& [width, height] : kSizes)
         for (const int channels : {1, 2, 3, 4}) {
             const RawPicture picture = gradients(width, height, channels);
-            const Image back = loadFile(written(folder, made(picture)));
-            const auto found = valuesOf<char>(back, width, height, kFormats[channels]);
+            const Image back = loadFile(written(folder, imageOf(picture), "TIFF"));
+            const auto found = valuesOf<char>(back, width, height, kFormatOfChannels[channels]);
             EXPECT_TRUE(std::string(found.begin(), found.end()) == picture.samples)
                 << width << " x " << height << ", channels: " << channels;
         }
@@ -47,14 +33,14 @@ TEST(TiffWriter, other_programs_read_the_pixels) {
     const TempFolder folder;
     for (const int channels : {1, 3, 4}) {
         const RawPicture picture = gradients(61, 23, channels);
-        const std::string path = written(folder, made(picture));
+        const std::string path = written(folder, imageOf(picture), "TIFF");
         const char* const words[] = {"", "gray", "", "rgb", "rgba"};
         EXPECT_TRUE(decodedByConvert(path, words[channels]) == picture.samples) << channels;
     }
     const RawPicture picture = gradients(61, 23, 3);
     const std::string map = folder.file("out.ppm");
-    runProgram("oiiotool " + shellWord(written(folder, made(picture))) + " -d uint8 -o " +
-               shellWord(map));
+    runProgram("oiiotool " + shellWord(written(folder, imageOf(picture), "TIFF")) +
+               " -d uint8 -o " + shellWord(map));
     const std::string content = contentOf(map);
     ASSERT_GE(content.size(), picture.samples.size());
     EXPECT_TRUE(content.substr(content.size() - picture.samples.size()) == picture.samples);
@@ -63,7 +49,7 @@ TEST(TiffWriter, other_programs_read_the_pixels) {
 TEST(TiffWriter, alpha_is_marked_as_not_multiplied_in) {
     const TempFolder folder;
     for (const int channels : {2, 4}) {
-        const std::string path = written(folder, made(gradients(9, 4, channels)));
+        const std::string path = written(folder, imageOf(gradients(9, 4, channels)), "TIFF");
         const std::string info = runProgram("oiiotool --info -v " + shellWord(path));
         EXPECT_NE(info.find("tiff:UnassociatedAlpha: 1"), std::string::npos) << info;
     }
@@ -71,12 +57,12 @@ TEST(TiffWriter, alpha_is_marked_as_not_multiplied_in) {
 
 TEST(TiffWriter, resolution_and_profile_come_back) {
     const TempFolder folder;
-    const Image image = made(gradients(9, 4, 3));
+    const Image image = imageOf(gradients(9, 4, 3));
     const auto profile = KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateSRGB());
     ASSERT_EQ(image->AssignColorProfile(profile.Get(), 0), S_OK);
     for (const int unit : {2, 3}) {
         image->SetResolution(150.5, 75, unit);
-        const Image back = loadFile(written(folder, image));
+        const Image back = loadFile(written(folder, image, "TIFF"));
         ASSERT_TRUE(back);
         EXPECT_DOUBLE_EQ(back->GetXResolution(), 150.5);
         EXPECT_DOUBLE_EQ(back->GetYResolution(), 75);
@@ -88,7 +74,7 @@ TEST(TiffWriter, resolution_and_profile_come_back) {
                               profile->GetData().size()),
                   0);
     }
-    const Image plain = loadFile(written(folder, made(gradients(9, 4, 3))));
+    const Image plain = loadFile(written(folder, imageOf(gradients(9, 4, 3)), "TIFF"));
     ASSERT_TRUE(plain);
     EXPECT_EQ(plain->GetXResolution(), 0);
     EXPECT_EQ(plain->GetResolutionUnit(), 1);
