@@ -3,6 +3,7 @@
 #include "RenderingBase/host/base/KVREnvironment.h"
 #include "RenderingBase/host/imaging/formats/QuotedText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -106,17 +107,39 @@ ReadResult checkSize(const ImageHeader& header, std::uint64_t fileBytes) {
 }  // namespace
 
 std::span<const ImageFormat> imageFormats() {
-    static const std::array<ImageFormat, 5> formats{kPngFormat, kJpegFormat, kTiffFormat,
-                                                    kExrFormat, kHdrFormat};
+    // clang-format off
+    static const std::array formats{
+        kPngFormat,
+        kJpegFormat,
+        kTiffFormat,
+        kExrFormat,
+        kHdrFormat,
+    };
+    // clang-format on
     return formats;
 }
 
-ReadResult openImage(ByteSource& source, bool whole, OpenImage& image) {
+std::string imageExtension(std::string_view name) {
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    std::size_t dot = name.rfind('.');
+    if (dot != name.npos && dot > 0 && std::all_of(name.begin() + dot + 1, name.end(), isDigit)) {
+        name = name.substr(0, dot);
+        dot = name.rfind('.');
+    }
+    if (dot == name.npos) return {};
+    std::string extension(name.substr(dot + 1));
+    for (char& c : extension)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return extension;
+}
+
+ReadResult openImage(ByteSource& source, std::string_view extension, bool whole, OpenImage& image) {
     std::array<std::byte, kHeadBytes> buffer;
     const std::span<const std::byte> head(buffer.data(),
                                           source.read(0, buffer.data(), buffer.size()));
     for (const ImageFormat& format : imageFormats())
-        if (format.recognises(head)) {
+        if ((format.requiredExtension.empty() || format.requiredExtension == extension) &&
+            format.recognises(head)) {
             image.format = &format;
             break;
         }

@@ -7,6 +7,8 @@
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 
 #include <memory>
+#include <string>
+#include <string_view>
 
 namespace rb::imaging {
 
@@ -18,12 +20,17 @@ struct OpenImage {
     ImageHeader header;
 };
 
+/// The extension of a file name in lower case, without its dot; that before it when it is the
+/// number of a version ("oak.TGA.3" gives "tga").
+std::string imageExtension(std::string_view name);
+
 /// Recognises the format and reads the header. Never throws.
+/// @param extension  As `imageExtension` gives it; only formats without a magic number want one.
 /// @param whole  Whether the pixels will be wanted: then the image may have as many pixels as
 ///               KVRImagePixelLimit of the environment says (2^28 without it; a value that is not a
 ///               whole positive number refuses every image), and the file must have the bytes that
 ///               its header calls for. A header alone may be asked of any file.
-ReadResult openImage(ByteSource& source, bool whole, OpenImage& image);
+ReadResult openImage(ByteSource& source, std::string_view extension, bool whole, OpenImage& image);
 
 /// Allocates and decodes the pixels. Never throws.
 ReadResult decodeImage(OpenImage& image, PixelStorage& pixels);

@@ -22,8 +22,10 @@ HRESULT KVRMMRasterAdministrator::GetImageInfo(const KVRUnicodeString& path, KVR
     rb::imaging::OpenImage image;
     std::string reason;
     const auto file = FileSource::open(NativePath(path), reason);
-    const rb::imaging::ReadResult refusal = file ? rb::imaging::openImage(*file, false, image)
-                                                 : rb::imaging::refuse("a readable file", reason);
+    const rb::imaging::ReadResult refusal =
+        file ? rb::imaging::openImage(*file, rb::imaging::imageExtension(path.CastToCharPtr()),
+                                      false, image)
+             : rb::imaging::refuse("a readable file", reason);
     rb::imaging::noteImageResult(path, refusal);
     if (refusal) return E_FAIL;
 

@@ -77,7 +77,7 @@ public:
                                            int flag);
     /// The same.
     static KVRPixelImage* CreateFromFile(const KVRUnicodeString& path, int readOnlyState, int flag);
-    /// The same from the bytes of a file; @p name stands for the path in errors.
+    /// The same from the bytes of a file; @p name stands for the path.
     static KVRPixelImage* CreateFromMemory(std::span<const std::byte> file,
                                            const KVRUnicodeString& name);
     /// An image whose pixels are undefined, for code that writes every byte. Throws std::bad_alloc.

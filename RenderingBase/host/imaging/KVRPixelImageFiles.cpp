@@ -84,10 +84,11 @@ KVRVar<KVRMMColorProfile> profileOf(const ImageHeader& header) {
 }
 
 /// Reads a whole image; null with a refusal.
-KVRPixelImage* load(ByteSource& source, ReadResult& refusal) {
+KVRPixelImage* load(ByteSource& source, const KVRUnicodeString& name, ReadResult& refusal) {
     rb::imaging::OpenImage open;
     rb::imaging::PixelStorage pixels;
-    refusal = rb::imaging::openImage(source, true, open);
+    const std::string extension = rb::imaging::imageExtension(name.CastToCharPtr());
+    refusal = rb::imaging::openImage(source, extension, true, open);
     if (!refusal) refusal = rb::imaging::decodeImage(open, pixels);
     if (refusal) return nullptr;
     const ImageHeader& header = open.header;
@@ -107,7 +108,7 @@ KVRPixelImage* KVRPixelImage::CreateFromFileEx(const KVRUnicodeString& path, int
     ReadResult refusal;
     KVRPixelImage* image = nullptr;
     if (const auto file = FileSource::open(NativePath(path), reason))
-        image = load(*file, refusal);
+        image = load(*file, path, refusal);
     else
         refusal = refuse("a readable file", reason);
     rb::imaging::noteImageResult(path, refusal);
@@ -126,7 +127,7 @@ KVRPixelImage* KVRPixelImage::CreateFromMemory(std::span<const std::byte> file,
                                                const KVRUnicodeString& name) try {
     rb::imaging::MemorySource source(file);
     ReadResult refusal;
-    KVRPixelImage* const image = load(source, refusal);
+    KVRPixelImage* const image = load(source, name, refusal);
     rb::imaging::noteImageResult(name, refusal);
     return image;
 } catch (const std::bad_alloc&) {

@@ -67,6 +67,9 @@ struct ImageFormat {
     /// Whether a file that begins with @p head (up to `kHeadBytes`) is of this format.
     bool (*recognises)(std::span<const std::byte> head);
     std::unique_ptr<ImageReader> (*open)(ByteSource& source);
+    /// The only extension, in lower case, under which files are tried; empty: any. For a format
+    /// without a magic number, whose beginning many a file could have.
+    std::string_view requiredExtension = {};
 };
 
 inline constexpr std::size_t kHeadBytes = 512;
