@@ -1,0 +1,38 @@
+#pragma once
+
+/// @file  The block of one channel that BC3 uses for alpha, BC4 once and BC5 twice.
+///
+///   bytes 0, 1   the ends of a line
+///   bytes 2-7    the choices, three bits a pixel, from the lowest bits, row by row
+///
+/// Choices 0 and 1 are the ends. When the first end is larger, 2 to 7 are the values that cut the
+/// line into seven equal parts. Otherwise 2 to 5 cut it into five, 6 is the least value and 7 the
+/// greatest. Sources: as for BC1; Khronos Data Format Specification, "RGTC Compressed Texture Image
+/// Formats".
+
+#include "RenderingBase/host/imaging/BlockBits.h"
+
+namespace rb::imaging {
+
+/// The eight values of a block, the first in the lowest byte. Mixed values (n + 1) / 7 or (n + 1) /
+/// 5 are rounded down, as other readers do.
+inline std::uint64_t eightAlphas(const std::byte* block) {
+    const auto a = std::to_integer<std::uint32_t>(block[0]);
+    const auto b = std::to_integer<std::uint32_t>(block[1]);
+    std::uint64_t values = a | b << 8;
+    if (a > b) {
+        for (std::uint32_t i = 1; i < 7; ++i)
+            values |= std::uint64_t{((7 - i) * a + i * b + 1) / 7} << 8 * (i + 1);
+        return values;
+    }
+    for (std::uint32_t i = 1; i < 5; ++i)
+        values |= std::uint64_t{((5 - i) * a + i * b + 1) / 5} << 8 * (i + 1);
+    return values | std::uint64_t{255} << 56;
+}
+
+/// The value that the three lowest bits of @p choices choose.
+inline std::uint64_t chosenAlpha(std::uint64_t values, std::uint64_t choices) {
+    return values >> 8 * (choices & 7) & 255;
+}
+
+}  // namespace rb::imaging

@@ -1,0 +1,35 @@
+#pragma once
+
+/// @file  What the decoder of each kind of block offers to the common entry.
+
+#include <cstddef>
+
+namespace rb::imaging {
+
+/// Decodes @p count blocks that lie side by side, all of them whole. The four rows of pixels that
+/// they make begin at @p pixels, @p rowBytes apart, and have no alignment.
+using DecodeRun = void (*)(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                           std::size_t rowBytes);
+
+void decodeBc1Run(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                  std::size_t rowBytes);
+void decodeBc2Run(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                  std::size_t rowBytes);
+void decodeBc3Run(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                  std::size_t rowBytes);
+void decodeBc4Run(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                  std::size_t rowBytes);
+void decodeBc4SignedRun(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                        std::size_t rowBytes);
+void decodeBc5Run(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                  std::size_t rowBytes);
+void decodeBc5SignedRun(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                        std::size_t rowBytes);
+void decodeBc6hRun(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                   std::size_t rowBytes);
+void decodeBc6hSignedRun(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                         std::size_t rowBytes);
+void decodeBc7Run(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                  std::size_t rowBytes);
+
+}  // namespace rb::imaging
