@@ -10,6 +10,7 @@ packages_for_run=(
     libjpeg62-turbo-dev        # jpg
     libpng-dev                 # png
     libdeflate-dev             # zip compression where it is faster than the one of the format
+    libzstd-dev                # compression inside KTX textures
     libopenexr-dev             # exr
     libimath-dev               # half floats
     libstb-dev                 # resizing

@@ -63,6 +63,8 @@ public:
 
     /// Loads the image file at @p path.
     ///
+    /// Of a dds texture with mip-maps level 1 is loaded, the one of half the size; of a cube map
+    /// the mirror ball (`BuildPixelImageFromAllFaces`), of one with mip-maps that of level 1.
     /// Its embedded colour profile, if any, is applied (the result is sRGB) unless the environment
     /// variable KVR_TEXTURE_NO_COLOR_PROFILE is set. RGB orders become RGB, RGBA orders RGBA.
     /// @param groups  Names of the groups to show, for drawings; rasters take no notice.
@@ -72,6 +74,24 @@ public:
     static KVRPixelImage* CreatePixelImageFromFullPath(const KVRUnicodeString& path,
                                                        const KVRListValKVRUnicodeString& groups,
                                                        int dpi);
+
+    /// What kind of texture the DDS file at @p path holds.
+    /// @return  1 a picture with mip-maps, 2 a cube without, 3 a cube with them; 0 for every other
+    ///          file, for one that cannot be read, and when the extension (`ReadExtension`) is not
+    ///          "dds" in lower case.
+    static int CheckDDSFormat(const KVRUnicodeString& path);
+
+    /// Turns the six faces of a cube map into the picture of a mirroring ball inside it.
+    ///
+    /// With x to the right, y downwards and z away from the eye, f1 is the face at +y, f2 at -y,
+    /// f3 at +x, f4 at -x, f5 at +z behind the ball, f6 at -z behind the eye.
+    /// Outside the ball pixels are black with alpha 1, kept for compatibility.
+    /// @param f1..f6  Changed to RGBA in place when they are in another format.
+    /// @return  A new RGBA image, as wide and as high as f5 is wide, one reference for the caller;
+    ///          null when a face is missing, when they are not all of one size, and without memory.
+    static KVRPixelImage* BuildPixelImageFromAllFaces(KVRPixelImage* f1, KVRPixelImage* f2,
+                                                      KVRPixelImage* f3, KVRPixelImage* f4,
+                                                      KVRPixelImage* f5, KVRPixelImage* f6);
 
     /// Measures an image.
     /// @param width, height      Pixels; 0 first.

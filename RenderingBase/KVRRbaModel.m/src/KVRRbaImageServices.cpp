@@ -1,11 +1,13 @@
 #include "RenderingBase/public/KVRRbaImageServices.h"
 
+#include "RenderingBase/KVRRbaModel.m/src/DdsImage.h"
 #include "RenderingBase/KVRRbaModel.m/src/LoadedFormat.h"
 #include "RenderingBase/host/base/KVREnvironment.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -22,6 +24,12 @@ int roundedToInt(float value) {
     return static_cast<int>(std::round(value));
 }
 
+bool isDds(const KVRUnicodeString& path) {
+    KVRUnicodeString extension = KVRRbaImageServices::ReadExtension(path);
+    extension.ToLower();
+    return std::strcmp(extension.CastToCharPtr(), "dds") == 0;
+}
+
 bool profilesAreApplied() { return KVRGetEnv("KVR_TEXTURE_NO_COLOR_PROFILE") == nullptr; }
 
 void applyOwnProfile(KVRPixelImage& image) {
@@ -33,7 +41,8 @@ void applyOwnProfile(KVRPixelImage& image) {
 
 KVRPixelImage* KVRRbaImageServices::CreatePixelImageFromFullPath(
     const KVRUnicodeString& path, const KVRListValKVRUnicodeString& /*groups*/, int /*dpi*/) {
-    KVRPixelImage* image = KVRPixelImage::CreateFromFileEx(path, 1, 0);
+    KVRPixelImage* const image =
+        isDds(path) ? rb::loadDdsImage(path) : KVRPixelImage::CreateFromFileEx(path, 1, 0);
     if (!image) return nullptr;
     // A profile that does not fit the pixels, or a lack of memory, leaves the picture as it is.
     if (profilesAreApplied()) applyOwnProfile(*image);

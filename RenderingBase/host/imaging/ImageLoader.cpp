@@ -1,42 +1,14 @@
 #include "RenderingBase/host/imaging/ImageLoader.h"
 
-#include "RenderingBase/host/base/KVREnvironment.h"
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/ReaderGuards.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cstdio>
-#include <cstring>
-#include <exception>
-#include <new>
 #include <string>
 #include <utility>
 
 namespace rb::imaging {
 namespace {
-
-/// Runs one step of a reader; what a codec library throws becomes a refusal.
-template <typename Step>
-ReadResult guarded(const ImageFormat& format, const Step& step) {
-    const std::string what = "a readable " + std::string(format.name) + " file";
-    try {
-        return step();
-    } catch (const std::bad_alloc&) {
-        return refuse("enough memory to read the file", "none left");
-    } catch (const std::exception& error) {
-        return refuse(what, error.what());
-    } catch (...) {
-        return refuse(what, "an unknown failure of the codec");
-    }
-}
-
-/// What a reader takes for the end of the file, or for damage, may be a device that fails.
-ReadResult afterReading(const ByteSource& source, ReadResult refusal) {
-    std::string failure = source.failure();
-    return failure.empty() ? std::move(refusal)
-                           : refuse("a file that can be read", std::move(failure));
-}
 
 std::string listOfNames() {
     std::string names;
@@ -50,58 +22,18 @@ std::string listOfNames() {
 
 /// What is there instead of a known format, in words.
 std::string describeHead(std::span<const std::byte> head) {
-    if (head.empty()) return "an empty file";
     if (startsWith(head, "DDS ") || startsWith(head, "\xABKTX 20\xBB"))
         return "a texture container, which the texture functions open";
-    std::string text = "the first bytes";
-    for (std::size_t i = 0; i < std::min<std::size_t>(head.size(), 8); ++i) {
-        std::array<char, 8> hex{};
-        std::snprintf(hex.data(), hex.size(), " %02x", std::to_integer<unsigned>(head[i]));
-        text += hex.data();
-    }
-    return text;
+    return firstBytes(head);
 }
 
-std::string dimensions(const ImageHeader& header) {
-    return std::to_string(header.width) + " x " + std::to_string(header.height) + " pixels";
-}
-
-ReadResult checkSides(const ImageHeader& header) {
-    constexpr std::int64_t kLongestSide = 0x7FFFFFFF;
-    if (header.width < 1 || header.height < 1 || header.width > kLongestSide ||
-        header.height > kLongestSide)
-        return refuse("sides of 1 to 2147483647 pixels", dimensions(header));
+/// Holds what a header says against what can be delivered and what the file has.
+ReadResult checkHeader(const ImageHeader& header, bool whole, std::uint64_t fileBytes) {
+    if (ReadResult refusal = checkSides(header.width, header.height)) return refusal;
     if (layoutOf(header.format).channels == 0)
         return refuse("a pixel format that can be delivered", "another one");
-    return {};
-}
-
-/// The number of pixels that an image may have.
-ReadResult readPixelLimit(std::uint64_t& limit) {
-    limit = std::uint64_t{1} << 28;
-    const char* const text = KVRGetEnv("KVRImagePixelLimit");
-    if (!text) return {};
-    const char* const end = text + std::strlen(text);
-    const auto [stop, error] = std::from_chars(text, end, limit);
-    if (error == std::errc() && stop == end && limit > 0) return {};
-    return refuse(
-        "KVRImagePixelLimit to be a whole number of pixels from 1 to 18446744073709551615",
-        inQuotes(text));
-}
-
-ReadResult checkSize(const ImageHeader& header, std::uint64_t fileBytes) {
-    std::uint64_t limit = 0;
-    if (ReadResult refusal = readPixelLimit(limit)) return refusal;
-    // Each side fits 31 bits, so the product fits 62.
-    if (static_cast<std::uint64_t>(header.width) * static_cast<std::uint64_t>(header.height) >
-        limit)
-        return refuse("at most " + std::to_string(limit) + " pixels (KVRImagePixelLimit)",
-                      dimensions(header));
-    if (fileBytes < header.leastFileBytes)
-        return refuse("at least " + std::to_string(header.leastFileBytes) + " bytes for " +
-                          dimensions(header),
-                      "a file of " + std::to_string(fileBytes) + " bytes");
-    return {};
+    if (!whole) return {};
+    return checkSize(header.width, header.height, 1, header.leastFileBytes, fileBytes);
 }
 
 }  // namespace
@@ -146,17 +78,16 @@ ReadResult openImage(ByteSource& source, std::string_view extension, bool whole,
     image.source = &source;
     if (!image.format)
         return afterReading(source, refuse("a " + listOfNames() + " file", describeHead(head)));
-    ReadResult refusal = guarded(*image.format, [&] {
+    ReadResult refusal = guarded(image.format->name, [&] {
         image.reader = image.format->open(source);
         return image.reader->readHeader(image.header);
     });
-    if (!refusal) refusal = checkSides(image.header);
-    if (!refusal && whole) refusal = checkSize(image.header, source.size());
+    if (!refusal) refusal = checkHeader(image.header, whole, source.size());
     return afterReading(source, std::move(refusal));
 }
 
 ReadResult decodeImage(OpenImage& image, PixelStorage& pixels) {
-    ReadResult refusal = guarded(*image.format, [&] {
+    ReadResult refusal = guarded(image.format->name, [&] {
         const auto bytes = static_cast<std::size_t>(image.header.width) *
                            static_cast<std::size_t>(image.header.height) *
                            static_cast<std::size_t>(layoutOf(image.header.format).bytesPerPixel());

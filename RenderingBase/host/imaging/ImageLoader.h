@@ -26,10 +26,9 @@ std::string imageExtension(std::string_view name);
 
 /// Recognises the format and reads the header. Never throws.
 /// @param extension  As `imageExtension` gives it; only formats without a magic number want one.
-/// @param whole  Whether the pixels will be wanted: then the image may have as many pixels as
-///               KVRImagePixelLimit of the environment says (2^28 without it; a value that is not a
-///               whole positive number refuses every image), and the file must have the bytes that
-///               its header calls for. A header alone may be asked of any file.
+/// @param whole  Whether the pixels will be wanted: then the image may have no more pixels than
+///               KVRImagePixelLimit says, and the file must have the bytes that its header calls
+///               for (`checkSize`). A header alone may be asked of any file.
 ReadResult openImage(ByteSource& source, std::string_view extension, bool whole, OpenImage& image);
 
 /// Allocates and decodes the pixels. Never throws.

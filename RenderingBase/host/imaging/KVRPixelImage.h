@@ -155,9 +155,12 @@ public:
     std::span<const std::byte> GetRawPixels() const { return m_pixels.bytes(); }
     std::span<std::byte> GetRawPixels() { return m_pixels.bytes(); }
 
-private:
+protected:
+    /// Takes over @p pixels: width x height x bytes per pixel of @p format.
     KVRPixelImage(int width, int height, KVRPixelImageFormat format,
                   rb::imaging::PixelStorage pixels);
+
+private:
     const rb::imaging::PixelLayout& layout() const { return rb::imaging::layoutOf(m_format); }
     void replacePixels(KVRPixelImageFormat format, rb::imaging::PixelStorage pixels);
     void copyAttributesFrom(const KVRPixelImage& other);

@@ -3,7 +3,7 @@
 /// @file  What a reader of one image format looks like. Private to this folder and its caller.
 ///
 /// A reader only knows its format. Limits, the comparison of declared sizes with the bytes that are
-/// there and the catching of exceptions stand once, in ImageLoader.cpp.
+/// there and the catching of exceptions stand once, in ReaderGuards.h.
 
 #include "RenderingBase/host/imaging/ImageResolution.h"
 #include "RenderingBase/host/imaging/KVRPixelImageFormat.h"

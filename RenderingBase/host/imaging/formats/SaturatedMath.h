@@ -1,6 +1,6 @@
 #pragma once
 
-/// @file  Products of sizes that files declare.
+/// @file  Products and sums of sizes that files declare.
 
 #include <cstdint>
 #include <limits>
@@ -16,6 +16,11 @@ constexpr std::uint64_t saturatedProduct(std::uint64_t a, std::uint64_t b) {
 
 constexpr std::uint64_t saturatedProduct(std::uint64_t a, std::uint64_t b, std::uint64_t c) {
     return saturatedProduct(saturatedProduct(a, b), c);
+}
+
+constexpr std::uint64_t saturatedSum(std::uint64_t a, std::uint64_t b) {
+    std::uint64_t sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<std::uint64_t>::max() : sum;
 }
 
 }  // namespace rb::imaging

@@ -1,0 +1,118 @@
+// Texture files into textures.
+
+#include "RenderingBase/host/files/KVRPath.h"
+#include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
+#include "RenderingBase/host/imaging/LastImageError.h"
+#include "RenderingBase/host/imaging/TextureLoader.h"
+
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+
+using rb::imaging::ByteSource;
+using rb::imaging::FileSource;
+using rb::imaging::LoadedTexture;
+using rb::imaging::PixelStorage;
+using rb::imaging::ReadResult;
+using rb::imaging::sideOfLevel;
+using rb::imaging::TextureFormat;
+
+namespace {
+
+/// Makes the images of a texture from its surfaces.
+class TextureMaker {
+public:
+    explicit TextureMaker(LoadedTexture& loaded) : m_loaded(loaded) {}
+
+    KVRTexturePixelImage* make() {
+        const bool hasLevels = m_loaded.header.levels > 1;
+        if (m_loaded.header.faces == 1) return hasLevels ? withLevels(0) : picture(0);
+        if (!hasLevels) return new KVRVizCubicEnvMap(faces(&TextureMaker::picture));
+        return new KVRVizCubicEnvMapWithMipMap(faces(&TextureMaker::withLevels));
+    }
+
+private:
+    int width(int level) const {
+        return static_cast<int>(sideOfLevel(m_loaded.header.width, level));
+    }
+    int height(int level) const {
+        return static_cast<int>(sideOfLevel(m_loaded.header.height, level));
+    }
+    KVRPixelImageFormat format() const { return m_loaded.header.texels.delivered; }
+    PixelStorage take(int face, int level) {
+        return std::move(
+            m_loaded.surfaces[static_cast<std::size_t>(face * m_loaded.header.levels + level)]);
+    }
+
+    KVRTexturePixelImage* picture(int face) {
+        return new KVRTexturePixelImage(width(0), height(0), format(), take(face, 0));
+    }
+
+    KVRVizTextureWithMipMap* withLevels(int face) {
+        std::vector<KVRVizTextureWithMipMap::Level> smaller;
+        for (int level = 1; level < m_loaded.header.levels; ++level)
+            smaller.push_back(KVRVizTextureWithMipMap::Level::Adopt(KVRPixelImage::CreateAround(
+                width(level), height(level), format(), take(face, level))));
+        return new KVRVizTextureWithMipMap(width(0), height(0), format(), take(face, 0),
+                                           std::move(smaller));
+    }
+
+    template <class Face>
+    std::array<KVRVar<Face>, 6> faces(Face* (TextureMaker::*makeFace)(int)) {
+        std::array<KVRVar<Face>, 6> all;
+        for (int face = 0; face < 6; ++face)
+            all[static_cast<std::size_t>(face)] = KVRVar<Face>::Adopt((this->*makeFace)(face));
+        return all;
+    }
+
+    LoadedTexture& m_loaded;
+};
+
+KVRTexturePixelImage* load(ByteSource& source, std::span<const TextureFormat> formats,
+                           const KVRUnicodeString& name, ReadResult& refusal) {
+    LoadedTexture loaded;
+    refusal = rb::imaging::loadTexture(source, formats, loaded);
+    if (refusal) return nullptr;
+    KVRTexturePixelImage* const texture = TextureMaker(loaded).make();
+    texture->SetPath(name);
+    return texture;
+}
+
+KVRTexturePixelImage* loadFile(const KVRUnicodeString& path, const TextureFormat& format) try {
+    std::string reason;
+    ReadResult refusal;
+    KVRTexturePixelImage* texture = nullptr;
+    if (const auto file = FileSource::open(NativePath(path), reason))
+        texture = load(*file, {&format, 1}, path, refusal);
+    else
+        refusal = rb::imaging::refuse("a readable file", reason);
+    rb::imaging::noteImageResult(path, refusal);
+    return texture;
+} catch (const std::bad_alloc&) {
+    rb::imaging::noteLackOfMemory();
+    return nullptr;
+}
+
+}  // namespace
+
+KVRTexturePixelImage* CreateTextureFromDDSFile(const KVRUnicodeString& path, int) {
+    return loadFile(path, rb::imaging::kDdsFormat);
+}
+
+KVRTexturePixelImage* CreateTextureFromKTX2File(const KVRUnicodeString& path, int) {
+    return loadFile(path, rb::imaging::kKtx2Format);
+}
+
+KVRTexturePixelImage* CreateTextureFromMemory(std::span<const std::byte> file,
+                                              const KVRUnicodeString& name) try {
+    rb::imaging::MemorySource source(file);
+    ReadResult refusal;
+    KVRTexturePixelImage* const texture =
+        load(source, rb::imaging::textureFormats(), name, refusal);
+    rb::imaging::noteImageResult(name, refusal);
+    return texture;
+} catch (const std::bad_alloc&) {
+    rb::imaging::noteLackOfMemory();
+    return nullptr;
+}

@@ -1,0 +1,66 @@
+#include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
+
+#include <utility>
+
+namespace {
+
+/// A look at the pixels of @p image, which must outlive it.
+rb::imaging::PixelStorage viewOf(KVRPixelImage& image) {
+    const std::span<std::byte> pixels = image.GetRawPixels();
+    return rb::imaging::PixelStorage::view(pixels.data(), pixels.size());
+}
+
+int widthOf(const KVRPixelImage& image) {
+    int width = 0, height = 0;
+    image.GetSize(width, height);
+    return width;
+}
+
+int heightOf(const KVRPixelImage& image) {
+    int width = 0, height = 0;
+    image.GetSize(width, height);
+    return height;
+}
+
+/// One more reference on the member at @p index; null when there is none.
+template <class Members>
+auto* shared(Members& members, int index) {
+    auto* const member = index >= 0 && static_cast<std::size_t>(index) < members.size()
+                             ? members[static_cast<std::size_t>(index)].Get()
+                             : nullptr;
+    if (member) member->AddRef();
+    return member;
+}
+
+}  // namespace
+
+KVRTexturePixelImage::KVRTexturePixelImage(int width, int height, KVRPixelImageFormat format,
+                                           rb::imaging::PixelStorage pixels)
+    : KVRClass(width, height, format, std::move(pixels)) {}
+
+KVRVizTextureWithMipMap::KVRVizTextureWithMipMap(int width, int height, KVRPixelImageFormat format,
+                                                 rb::imaging::PixelStorage pixels,
+                                                 std::vector<Level> smaller)
+    : KVRClass(width, height, format, std::move(pixels)), m_smaller(std::move(smaller)) {}
+
+KVRPixelImage* KVRVizTextureWithMipMap::GetMipMap(int level) {
+    if (level != 0) return shared(m_smaller, level - 1);
+    AddRef();
+    return this;
+}
+
+KVRVizCubicEnvMap::KVRVizCubicEnvMap(const std::array<Face, 6>& faces)
+    : KVRClass(widthOf(*faces[0].Get()), heightOf(*faces[0].Get()), faces[0]->GetFormat(),
+               viewOf(*faces[0].Get())),
+      m_faces(faces) {}
+
+KVRTexturePixelImage* KVRVizCubicEnvMap::GetFace(int face) const { return shared(m_faces, face); }
+
+KVRVizCubicEnvMapWithMipMap::KVRVizCubicEnvMapWithMipMap(const std::array<Face, 6>& faces)
+    : KVRClass(widthOf(*faces[0].Get()), heightOf(*faces[0].Get()), faces[0]->GetFormat(),
+               viewOf(*faces[0].Get())),
+      m_faces(faces) {}
+
+KVRVizTextureWithMipMap* KVRVizCubicEnvMapWithMipMap::GetFace(int face) const {
+    return shared(m_faces, face);
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+/// @file  Images that are textures: one picture, or several as levels and faces.
+///
+/// Levels: 0 is the full size, each further one has half the sides of the one before, rounded down,
+/// 1 at least. Faces: 0 to 5 are +X -X +Y -Y +Z -Z, the order of the file.
+///
+/// Example:
+///     auto texture = KVRVar<KVRTexturePixelImage>::Adopt(CreateTextureFromDDSFile(path, 1));
+///     if (texture && texture->IsA("KVRVizCubicEnvMap")) ...
+
+#include "RenderingBase/host/base/KVRExport.h"
+#include "RenderingBase/host/base/KVRUnicodeString.h"
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "RenderingBase/host/modeler/KVRClass.h"
+#include "RenderingBase/host/modeler/KVRVar.h"
+
+#include <array>
+#include <cstddef>
+#include <span>
+#include <vector>
+
+/// One picture of a texture: what there is when a file has neither levels nor faces.
+/// Threads, lifetime: as `KVRPixelImage`.
+class KVR_EXPORT KVRTexturePixelImage : public KVRClass<"KVRTexturePixelImage", KVRPixelImage> {
+public:
+    using KVRClass::KVRClass;
+    KVRTexturePixelImage(int width, int height, KVRPixelImageFormat format,
+                         rb::imaging::PixelStorage pixels);
+
+    /// The file that the texture stands for; empty when it was not read from one.
+    const KVRUnicodeString& GetPath() const { return m_path; }
+    void SetPath(const KVRUnicodeString& path) { m_path = path; }
+
+private:
+    KVRUnicodeString m_path;
+};
+
+/// A picture with further levels; the object itself is level 0.
+class KVR_EXPORT KVRVizTextureWithMipMap
+    : public KVRClass<"KVRVizTextureWithMipMap", KVRTexturePixelImage> {
+public:
+    using Level = KVRVar<KVRPixelImage>;
+    /// @param pixels   Of level 0.
+    /// @param smaller  The levels from 1 on.
+    KVRVizTextureWithMipMap(int width, int height, KVRPixelImageFormat format,
+                            rb::imaging::PixelStorage pixels, std::vector<Level> smaller);
+
+    /// Whether there is more than level 0.
+    bool HasMipMap() const { return !m_smaller.empty(); }
+    /// One reference for the caller; null for a level that there is not.
+    KVRPixelImage* GetMipMap(int level);
+
+private:
+    std::vector<Level> m_smaller;
+};
+
+/// A cube of faces without further levels. Its own pixels are those of face 0.
+class KVR_EXPORT KVRVizCubicEnvMap : public KVRClass<"KVRVizCubicEnvMap", KVRTexturePixelImage> {
+public:
+    using Face = KVRVar<KVRTexturePixelImage>;
+    explicit KVRVizCubicEnvMap(const std::array<Face, 6>& faces);
+
+    /// One reference for the caller; null beyond 5.
+    KVRTexturePixelImage* GetFace(int face) const;
+
+private:
+    std::array<Face, 6> m_faces;
+};
+
+/// A cube of faces with further levels. Its own pixels are those of face 0 at level 0.
+class KVR_EXPORT KVRVizCubicEnvMapWithMipMap
+    : public KVRClass<"KVRVizCubicEnvMapWithMipMap", KVRTexturePixelImage> {
+public:
+    using Face = KVRVar<KVRVizTextureWithMipMap>;
+    explicit KVRVizCubicEnvMapWithMipMap(const std::array<Face, 6>& faces);
+
+    /// One reference for the caller; null beyond 5.
+    KVRVizTextureWithMipMap* GetFace(int face) const;
+
+private:
+    std::array<Face, 6> m_faces;
+};
+
+/// Reads a DDS file: uncompressed texels with masks, of 8 and 16 bits, half and float, packed
+/// floats, BC1 to BC7; levels and cubes. Of an array the first element.
+///
+/// Delivered are L, RGB, RGBA (BGR, BGRA, ARGB and ABGR when stored so) of 8 bits, LA for grey or
+/// nothing with alpha, half formats for halves, packed floats and BC6H, float formats for floats.
+/// Two channels come as RGB with blue 0. Colours are as stored: sRGB ones are not made linear.
+/// @param flag  1: decode on the processor. Kept for compatibility.
+/// @return  A `KVRTexturePixelImage`, `KVRVizTextureWithMipMap`, `KVRVizCubicEnvMap` or
+///          `KVRVizCubicEnvMapWithMipMap` by what the file holds, one reference for the caller;
+///          null when it cannot be read, and for volumes, cubes that lack a face, video and ASTC
+///          texels; `KVRLastImageError` tells why.
+KVR_EXPORT KVRTexturePixelImage* CreateTextureFromDDSFile(const KVRUnicodeString& path, int flag);
+
+/// The same for a KTX file of version 2: uncompressed texels and BC1 to BC7, in it none, zstd or
+/// zlib compression. Basis Universal texels are refused.
+KVR_EXPORT KVRTexturePixelImage* CreateTextureFromKTX2File(const KVRUnicodeString& path, int flag);
+
+/// The same from the bytes of a file of either format; @p name stands for the path.
+KVR_EXPORT KVRTexturePixelImage* CreateTextureFromMemory(std::span<const std::byte> file,
+                                                         const KVRUnicodeString& name);

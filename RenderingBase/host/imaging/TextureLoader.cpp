@@ -1,0 +1,99 @@
+#include "RenderingBase/host/imaging/TextureLoader.h"
+
+#include "RenderingBase/host/imaging/ReaderGuards.h"
+
+#include <array>
+#include <string>
+#include <utility>
+
+namespace rb::imaging {
+namespace {
+
+const TextureFormat* recognise(std::span<const std::byte> head,
+                               std::span<const TextureFormat> formats) {
+    for (const TextureFormat& format : formats)
+        if (startsWith(head, format.magic)) return &format;
+    return nullptr;
+}
+
+std::string listOfNames(std::span<const TextureFormat> formats) {
+    std::string names;
+    for (const TextureFormat& format : formats)
+        names += (names.empty() ? "" : " or ") + std::string(format.name);
+    return names;
+}
+
+std::size_t pixelBytes(const TextureHeader& header, int level) {
+    return static_cast<std::size_t>(sideOfLevel(header.width, level)) *
+           static_cast<std::size_t>(sideOfLevel(header.height, level)) *
+           static_cast<std::size_t>(layoutOf(header.texels.delivered).bytesPerPixel());
+}
+
+/// Reads and decodes the surfaces one after the other, in the order that readers want.
+class SurfaceDecoder {
+public:
+    SurfaceDecoder(TextureReader& reader, LoadedTexture& texture)
+        : m_reader(reader), m_header(texture.header), m_surfaces(texture.surfaces) {}
+
+    ReadResult decodeAll() {
+        m_surfaces.resize(static_cast<std::size_t>(m_header.faces * m_header.levels));
+        for (int level = 0; level < m_header.levels; ++level)
+            for (int face = 0; face < m_header.faces; ++face)
+                if (ReadResult refusal = decode(face, level)) return refusal;
+        return {};
+    }
+
+private:
+    ReadResult decode(int face, int level) {
+        PixelStorage& surface =
+            m_surfaces[static_cast<std::size_t>(face * m_header.levels + level)];
+        surface = PixelStorage(pixelBytes(m_header, level), PixelStorage::Fill::None);
+        if (m_header.texels.isDeliveredAsStored())
+            return m_reader.readSurface(face, level, surface.bytes());
+        const std::int64_t width = sideOfLevel(m_header.width, level);
+        const std::int64_t height = sideOfLevel(m_header.height, level);
+        const auto bytes = static_cast<std::size_t>(m_header.texels.storedBytes(width, height));
+        if (m_stored.size() < bytes) m_stored = PixelStorage(bytes, PixelStorage::Fill::None);
+        const auto stored = m_stored.bytes().first(bytes);
+        if (ReadResult refusal = m_reader.readSurface(face, level, stored)) return refusal;
+        decodeTexels(m_header.texels, stored, width, height, surface.bytes());
+        return {};
+    }
+
+    TextureReader& m_reader;
+    const TextureHeader& m_header;
+    std::vector<PixelStorage>& m_surfaces;
+    PixelStorage m_stored;  // of the largest surface so far
+};
+
+}  // namespace
+
+std::span<const TextureFormat> textureFormats() {
+    static const std::array formats{kDdsFormat, kKtx2Format};
+    return formats;
+}
+
+ReadResult loadTexture(ByteSource& source, std::span<const TextureFormat> formats,
+                       LoadedTexture& texture) {
+    std::array<std::byte, kHeadBytes> buffer;
+    const std::span<const std::byte> head(buffer.data(),
+                                          source.read(0, buffer.data(), buffer.size()));
+    const TextureFormat* const format = recognise(head, formats);
+    if (!format)
+        return afterReading(source,
+                            refuse("a " + listOfNames(formats) + " file", firstBytes(head)));
+    ReadResult refusal = guarded(format->name, [&]() -> ReadResult {
+        const auto reader = format->open(source);
+        TextureHeader& header = texture.header;
+        if (ReadResult refused = reader->readHeader(header)) return refused;
+        if (ReadResult refused = checkSides(header.width, header.height)) return refused;
+        if (ReadResult refused =
+                checkSize(header.width, header.height, static_cast<std::uint64_t>(header.faces),
+                          header.leastFileBytes, source.size()))
+            return refused;
+        return SurfaceDecoder(*reader, texture).decodeAll();
+    });
+    return afterReading(source, std::move(refusal));
+}
+
+}  // namespace rb::imaging

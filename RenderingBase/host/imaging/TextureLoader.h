@@ -1,0 +1,28 @@
+#pragma once
+
+/// @file  From the bytes of a texture container to the pixels of all its faces and levels. Private
+/// to host/imaging.
+
+#include "RenderingBase/host/imaging/PixelStorage.h"
+#include "RenderingBase/host/imaging/formats/TextureReader.h"
+
+#include <span>
+#include <vector>
+
+namespace rb::imaging {
+
+/// A texture file, decoded.
+struct LoadedTexture {
+    TextureHeader header;
+    /// Pixels of `header.texels.delivered`: face by face, of each all levels.
+    std::vector<PixelStorage> surfaces;
+};
+
+/// Reads and decodes a texture. The faces together may have as many pixels at level 0 as an image
+/// may have, and the file must have the bytes that its header calls for (`checkSize`). Never
+/// throws.
+/// @param formats  Those to be tried.
+ReadResult loadTexture(ByteSource& source, std::span<const TextureFormat> formats,
+                       LoadedTexture& texture);
+
+}  // namespace rb::imaging
