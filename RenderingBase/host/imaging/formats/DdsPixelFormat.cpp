@@ -72,7 +72,7 @@ ReadResult texelsOfCode(std::uint32_t code, TexelFormat& texels) {
         return {};
     }
     for (const auto& [known, number] : kDxgiOfCode)
-        if (known == code) return dxgiTexels(number, texels);
+        if (known == code) return dxgiTexels(number, "byte 84", texels);
     return refuse("a known texel format", "the code " + nameOfCode(code), "byte 84");
 }
 

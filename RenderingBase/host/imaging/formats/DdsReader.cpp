@@ -96,7 +96,7 @@ ReadResult DdsReader::readDx10Header(Kind& kind) {
     if (littleEndian32(bytes.data() + 4) == kDx10Volume) kind.isVolume = true;
     if (littleEndian32(bytes.data() + 8) & kDx10Cube) kind = {kind.isVolume, true, kAllFaces};
     m_elements = std::max<std::uint64_t>(1, littleEndian32(bytes.data() + 12));
-    return dxgiTexels(littleEndian32(bytes.data()), m_header.texels);
+    return dxgiTexels(littleEndian32(bytes.data()), "byte 128", m_header.texels);
 }
 
 ReadResult DdsReader::setFaces(const Kind& kind) {

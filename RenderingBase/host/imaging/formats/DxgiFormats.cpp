@@ -81,6 +81,8 @@ const Masked kMasked[] = {
     {{191, "A4B4G4R4_UNORM"}, 2, {{0xF000, 0xF00, 0xF0, 0xF}}},
 };
 
+constexpr std::uint32_t kR11G11B10 = 26, kR9G9B9E5 = 67;
+
 struct Block : DxgiName {
     BlockKind kind;
 };
@@ -177,8 +179,12 @@ const Row* find(const Row (&table)[count], std::uint32_t number) {
 
 }  // namespace
 
-ReadResult dxgiTexels(std::uint32_t number, TexelFormat& texels) {
-    if (const Plain* const plain = find(kPlain, number)) {
+ReadResult dxgiTexels(std::uint32_t number, std::string where, TexelFormat& texels) {
+    if (number == kR11G11B10) {
+        texels = texelFormat("R11G11B10_FLOAT", PackedFloats::R11G11B10);
+    } else if (number == kR9G9B9E5) {
+        texels = texelFormat("R9G9B9E5_SHAREDEXP", PackedFloats::R9G9B9E5);
+    } else if (const Plain* const plain = find(kPlain, number)) {
         texels = texelFormat(plain->name, plain->code);
         if (plain->order != Format::None) texels = inOrder(std::move(texels), plain->order);
     } else if (const Masked* const masked = find(kMasked, number)) {
@@ -186,8 +192,8 @@ ReadResult dxgiTexels(std::uint32_t number, TexelFormat& texels) {
     } else if (const Block* const block = find(kBlocks, number)) {
         texels = texelFormat(block->name, BlockTexels{block->kind});
     } else {
-        return refuse("texels that make a picture of their own",
-                      "the format " + nameOfRefused(number), "byte 128");
+        return refuse("plain texels or BC1 to BC7", "the format " + nameOfRefused(number),
+                      std::move(where));
     }
     return {};
 }
