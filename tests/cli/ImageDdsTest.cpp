@@ -208,6 +208,34 @@ TEST(ImageDds, sheet_clamps_float_texels_and_says_so) {
     EXPECT_EQ(sheet.at(kFirstColumn + 1, kFirstRow + 1), (Pixel{255, 0, 128, 255}));
 }
 
+/// Whether there is the box that stands for a letter without a picture of its own.
+bool isBox(const PictureFile& sheet, int left, int top) {
+    const Pixel ground = sheet.at(0, 0);
+    for (const auto& [column, row] :
+         {std::pair{0, 0}, {2, 0}, {4, 0}, {0, 3}, {4, 3}, {0, 6}, {2, 6}, {4, 6}})
+        if (sheet.at(left + 2 * column, top + 2 * row) == ground) return false;
+    return true;
+}
+
+TEST(ImageDds, every_letter_on_a_sheet_can_be_read) {
+    const TempFolder folder;
+    const std::string out = folder.file("sheet.png");
+    const std::string large =
+        folder.write("large.dds", ddsFile(1024, 512, kGreyTexels, std::string(1024 * 512, '\x60')));
+    const std::string light =
+        folder.write("light.dds", ddsFile(1, 1, kFloatTexels, storedFloats({2, -1, 0.5F, 1})));
+    for (const std::string& path : {large, light, sampleImage("cube-mips.ktx2"),
+                                    sampleImage("grating-mips.dds"), sampleImage("cube.dds")}) {
+        ASSERT_EQ(runRba({"image", "dds", path, "--sheet", out}).status, 0);
+        const PictureFile sheet(out);
+        // The title, then the labels; the third of them says in which size a level is shown.
+        for (const int line : {0, 2, 3, path == large ? 4 : 3})
+            for (int left = 16; left + 10 <= sheet.width(); ++left)
+                EXPECT_FALSE(isBox(sheet, left, 16 + 20 * line))
+                    << path << ": line " << line << ", column " << left;
+    }
+}
+
 TEST(ImageDds, sheet_needs_a_name_that_can_be_written) {
     const TempFolder folder;
     const std::string cube = sampleImage("cube.dds");
