@@ -23,6 +23,7 @@ packages_for_test=(
     libgtest-dev               # the tests
     openimageio-tools          # oiiotool makes files and checks ours
     imagemagick                # convert does the same, from other code
+    zstd                       # compressed texture levels of other making
     liblcms2-utils             # transicc converts colours as the expectation
     clang libclang-rt-14-dev   # sanitizers
 )
