@@ -11,6 +11,7 @@ tiffio[.]h                  RenderingBase/host/imaging/formats/TiffHandle[.]h
 jpeglib[.]h|jerror[.]h      RenderingBase/host/imaging/formats/Jpeg[A-Za-z]*[.](h|cpp)
 png[.]h                     RenderingBase/host/imaging/formats/Png[A-Za-z]*[.](h|cpp)
 libdeflate[.]h              RenderingBase/host/imaging/formats/(Png|Tiff|Deflate)[A-Za-z]*[.](h|cpp)
+zlib[.]h                    RenderingBase/host/imaging/formats/PsdInflate[.]cpp
 Imf[A-Za-z]*[.]h|OpenEXR/.* RenderingBase/host/imaging/formats/Exr[A-Za-z]*[.](h|cpp)
 Iex[.]h|Imath(Box|Vec)[.]h  RenderingBase/host/imaging/formats/Exr[A-Za-z]*[.](h|cpp)
 Imath/half[.]h|half[.]h     RenderingBase/KVRRbaModel.m/src/openexr_half[.]cpp

@@ -114,6 +114,7 @@ std::span<const ImageFormat> imageFormats() {
         kTiffFormat,
         kExrFormat,
         kHdrFormat,
+        kPsdFormat,
     };
     // clang-format on
     return formats;
