@@ -50,7 +50,8 @@ public:
         m_stream.avail_out = 1;
         while (!m_ended && m_stream.avail_out > 0)
             if (ReadResult refusal = step()) return refusal;
-        return m_ended ? ReadResult() : fault("bytes behind the last row");
+        if (m_stream.avail_out == 0) return fault("bytes behind the last row");
+        return {};
     }
 
 private:
@@ -67,7 +68,7 @@ private:
         m_ended = code == Z_STREAM_END;
         if (code == Z_MEM_ERROR) throw std::bad_alloc();
         if (code == Z_OK || m_ended) return {};
-        return fault(m_stream.msg ? m_stream.msg : "none");
+        return fault(m_stream.msg ? m_stream.msg : "another one");
     }
 
     ReadResult fault(std::string found) const {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 namespace rb::imaging {
 namespace {
@@ -34,10 +35,18 @@ void narrowRow(const unsigned char* in, unsigned char* out, std::size_t samples)
         out[i] = static_cast<unsigned char>((wordAt(in, i) * 255U + 32895U) >> 16);
 }
 
+template <std::size_t... Channel>
+void interleave(const PsdChannels& channels, unsigned char* out, std::size_t pixels,
+                std::index_sequence<Channel...>) {
+    // Copies of the pointers, which a write to the pixels cannot have changed.
+    const std::array<const unsigned char*, sizeof...(Channel)> from{channels[Channel]...};
+    for (std::size_t i = 0; i < pixels; ++i, out += sizeof...(Channel))
+        ((out[Channel] = std::get<Channel>(from)[i]), ...);
+}
+
 template <std::size_t Channels>
 void interleave(const PsdChannels& channels, unsigned char* out, std::size_t pixels) {
-    for (std::size_t i = 0; i < pixels; ++i)
-        for (std::size_t c = 0; c < Channels; ++c) out[Channels * i + c] = channels[c][i];
+    interleave(channels, out, pixels, std::make_index_sequence<Channels>());
 }
 
 /// L*, a* and b* of a stored pixel: L* over the whole range, a* and b* around its middle, with 8

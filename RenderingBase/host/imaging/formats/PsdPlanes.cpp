@@ -19,6 +19,23 @@
 #include <string>
 
 namespace rb::imaging {
+namespace {
+
+constexpr std::size_t kLongestRun = 128;
+
+// Most runs are short: a few steps of known size are quicker than a call. Both may write up to
+// kLongestRun bytes.
+constexpr std::size_t kStep = 16;
+
+void repeat(unsigned char value, unsigned char* out, std::size_t run) {
+    for (std::size_t i = 0; i < run; i += kStep) std::memset(out + i, value, kStep);
+}
+
+void copy(const unsigned char* in, unsigned char* out, std::size_t run) {
+    for (std::size_t i = 0; i < run; i += kStep) std::memcpy(out + i, in + i, kStep);
+}
+
+}  // namespace
 
 PsdPlanes::PsdPlanes(ByteSource& source, const PsdHeader& header)
     : m_source(&source), m_header(header), m_place(header.dataPlace) {}
@@ -80,7 +97,7 @@ PsdRows::PsdRows(PsdPlanes& planes, std::uint32_t channel, std::uint32_t firstRo
       m_channel(channel),
       m_row(firstRow),
       m_place(planes.placeOf(channel, firstRow)) {
-    if (planes.inRunLengths()) m_unpacked.resize(planes.header().rowBytes());
+    if (planes.inRunLengths()) m_unpacked.resize(planes.header().rowBytes() + kLongestRun);
 }
 
 /// The next @p count bytes; null when the file has fewer.
@@ -135,7 +152,7 @@ ReadResult PsdRows::next(const unsigned char*& row) {
 ReadResult PsdRows::unpack(const unsigned char* in, std::size_t count) {
     const unsigned char* const end = in + count;
     unsigned char* out = m_unpacked.data();
-    for (std::size_t left = m_unpacked.size(); left > 0;) {
+    for (std::size_t left = m_planes.header().rowBytes(); left > 0;) {
         if (in == end)
             return refuse(std::to_string(left) + " bytes more of the row", "the end of its runs",
                           where());
@@ -148,7 +165,9 @@ ReadResult PsdRows::unpack(const unsigned char* in, std::size_t count) {
             return refuse("a run within the row and its bytes",
                           "one of " + std::to_string(run) + " bytes", where());
         if (repeats)
-            std::memset(out, *in, run);
+            repeat(*in, out, run);
+        else if (static_cast<std::size_t>(end - in) >= kLongestRun)
+            copy(in, out, run);
         else
             std::memcpy(out, in, run);
         in += bytes;

@@ -66,7 +66,7 @@ private:
     std::vector<unsigned char> m_buffer;
     std::size_t m_begin = 0, m_end = 0;  // of what is left of the buffer
     std::uint64_t m_place;               // in the source, of the buffer's first byte that is left
-    std::vector<unsigned char> m_unpacked;
+    std::vector<unsigned char> m_unpacked;  // a row, and room for what a run overshoots
 };
 
 }  // namespace rb::imaging

@@ -91,8 +91,8 @@ public:
 
     ReadResult readPixels(std::span<std::byte> pixels) override {
         if (m_header.hasLayers && !m_header.mergedPictureIsReal)
-            return refuse("a merged picture",
-                          "layers only, saved without what other programs can show of them");
+            return refuse("a file with a merged picture",
+                          "only its layers (saved without maximised compatibility)");
         if (ReadResult refusal = m_pixels->prepare()) return refusal;
         PsdPlanes planes(m_source, m_header);
         if (ReadResult refusal = planes.open()) return refusal;
