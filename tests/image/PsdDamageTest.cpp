@@ -142,6 +142,11 @@ TEST(PsdDamage, broken_run_lengths_are_refused) {
     expectPart(reason(""), "4 bytes more of the row");
     expectPart(reason(std::string(5000, '\x80')), "4 bytes more of the row");
     expectPart(reason(bytes({254, 1})), "channel 0, row 1");
+    PsdBuilder none(1, 1, 1);
+    none.channels = 1;
+    none.compression = 1;
+    expectPart(refusalOf(none.bytes(std::string(2, '\0')).build() + "and more"),
+               "1 bytes more of the row");
 }
 
 TEST(PsdDamage, broken_zlib_streams_are_refused) {

@@ -100,11 +100,11 @@ PsdRows::PsdRows(PsdPlanes& planes, std::uint32_t channel, std::uint32_t firstRo
     if (planes.inRunLengths()) m_unpacked.resize(planes.header().rowBytes() + kLongestRun);
 }
 
-/// The next @p count bytes; null when the file has fewer.
-const unsigned char* PsdRows::window(std::size_t count) {
+/// Tries to have the next @p count bytes in the buffer; tells whether they exist.
+bool PsdRows::fetch(std::size_t count) {
     constexpr std::size_t kAhead = 128 * 1024;
     if (there() < count) {
-        std::memmove(m_buffer.data(), m_buffer.data() + m_begin, there());
+        std::copy_n(m_buffer.data() + m_begin, there(), m_buffer.data());
         m_end -= m_begin;
         m_begin = 0;
         const std::uint32_t rowsLeft = m_planes.header().height - m_row;
@@ -114,7 +114,7 @@ const unsigned char* PsdRows::window(std::size_t count) {
         if (m_buffer.size() < room) m_buffer.resize(room);
         m_end += m_planes.read(m_place + m_end, m_buffer.data() + m_end, m_buffer.size() - m_end);
     }
-    return there() < count ? nullptr : m_buffer.data() + m_begin;
+    return there() >= count;
 }
 
 void PsdRows::pass(std::uint64_t count) {
@@ -135,10 +135,10 @@ ReadResult PsdRows::next(const unsigned char*& row) {
     // The most that run lengths make of a row is one pair a byte; a file that has more puts things
     // without meaning between or behind them, and of those there may be as many again.
     const auto used = static_cast<std::size_t>(std::min<std::uint64_t>(stored, 4 * rowBytes + 64));
-    const unsigned char* const in = window(used);
-    if (!in)
+    if (!fetch(used))
         return refuse(std::to_string(used) + " bytes", std::to_string(there()) + " bytes more",
                       where() + ", byte " + std::to_string(m_place));
+    const unsigned char* const in = m_buffer.data() + m_begin;
     row = in;
     if (m_planes.inRunLengths()) {
         if (ReadResult refusal = unpack(in, used)) return refusal;

@@ -54,7 +54,7 @@ public:
     [[nodiscard]] ReadResult next(const unsigned char*& row);
 
 private:
-    const unsigned char* window(std::size_t count);
+    bool fetch(std::size_t count);
     std::size_t there() const { return m_end - m_begin; }
     void pass(std::uint64_t count);
     ReadResult unpack(const unsigned char* in, std::size_t count);
