@@ -51,6 +51,10 @@ constexpr Recipe kRecipes[] = {
     {"dwaa.exr", "oiiotool IN -d half --compression dwaa -o OUT"},
     {"tiled.exr", "oiiotool IN -d half --tile 16 16 -o OUT"},
     {"rle.hdr", "oiiotool IN -o OUT"},
+    {"rle.psd", "convert IN -compress RLE OUT"},
+    {"raw16.psd", "convert IN -depth 16 -compress None OUT"},
+    {"alpha.psb", "convert IN -alpha set -compress RLE OUT"},
+    {"cmyk.psd", "convert IN -colorspace CMYK OUT"},
 };
 
 std::string replaced(std::string text, const std::string& what, const std::string& by) {

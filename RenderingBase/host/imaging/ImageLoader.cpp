@@ -48,6 +48,7 @@ std::span<const ImageFormat> imageFormats() {
         kHdrFormat,
         kBmpFormat,
         kTgaFormat,
+        kPsdFormat,
     };
     // clang-format on
     return formats;

@@ -79,5 +79,6 @@ std::span<const ImageFormat> imageFormats();
 
 extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat, kBmpFormat,
     kTgaFormat;
+extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat, kPsdFormat;
 
 }  // namespace rb::imaging
