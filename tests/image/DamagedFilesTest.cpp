@@ -51,6 +51,9 @@ constexpr Recipe kRecipes[] = {
     {"dwaa.exr", "oiiotool IN -d half --compression dwaa -o OUT"},
     {"tiled.exr", "oiiotool IN -d half --tile 16 16 -o OUT"},
     {"rle.hdr", "oiiotool IN -o OUT"},
+    {"plain.sgi", "convert IN -compress None OUT"},
+    {"rle.sgi", "convert IN -compress RLE OUT"},
+    {"rle16.sgi", "convert IN -depth 16 -compress RLE OUT"},
 };
 
 std::string replaced(std::string text, const std::string& what, const std::string& by) {

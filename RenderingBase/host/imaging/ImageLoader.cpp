@@ -46,6 +46,8 @@ std::span<const ImageFormat> imageFormats() {
         kTiffFormat,
         kExrFormat,
         kHdrFormat,
+        kSgiFormat,
+        kPicFormat,
     };
     // clang-format on
     return formats;
