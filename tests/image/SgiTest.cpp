@@ -266,15 +266,15 @@ TEST(SgiReader, broken_rows_are_refused_with_their_place) {
     };
     ASSERT_EQ(reason(bytes({4, 1, 0})), "");
     const std::vector<std::pair<std::string, std::string>> cases{
-        {bytes({5, 1, 0}), "byte 520, row 0, channel 0: expected a run of 1 to 4 samples, found 5"},
+        {bytes({5, 1, 0}), "byte 520, channel 0, row 0: expected a run of 1 to 4 samples, found 5"},
         {bytes({3, 1, 2, 1}),
-         "byte 522, row 0, channel 0: expected a run of 1 to 1 samples, found 2"},
+         "byte 522, channel 0, row 0: expected a run of 1 to 1 samples, found 2"},
         {bytes({3, 1, 0}),
-         "byte 522, row 0, channel 0: expected a run of 1 to 1 samples, found the "
+         "byte 522, channel 0, row 0: expected a run of 1 to 1 samples, found the "
          "end of the row"},
         {bytes({0x85, 1, 2, 3, 4, 5}), "found 5"},
         {bytes({0x80, 1, 2, 3, 4}), "found the end of the row"},
-        {bytes({3, 1}), "byte 522, row 0, channel 0: expected a run, found the end of the row's"},
+        {bytes({3, 1}), "byte 522, channel 0, row 0: expected a run, found the end of the row's"},
         {bytes({3, 1, 1}), "expected a run of 1 samples, found the end of the row's bytes"},
         {bytes({0x84, 1, 2, 3}), "expected a run of 4 samples, found the end of the row's bytes"},
     };
@@ -291,10 +291,10 @@ TEST(SgiReader, the_topmost_broken_row_is_named) {
     constexpr int kSide = 1024;
     std::vector<std::string> rows(kSide, evenRow(kSide, 1));
     rows[3] = rows[kSide - 1] = bytes({0});
-    EXPECT_NE(refusalOf(coded({.width = kSide, .height = kSide}, rows)).find("row 0, channel 0"),
+    EXPECT_NE(refusalOf(coded({.width = kSide, .height = kSide}, rows)).find("channel 0, row 0"),
               std::string::npos);
     rows[kSide - 1] = rows[0];
-    EXPECT_NE(refusalOf(coded({.width = kSide, .height = kSide}, rows)).find("row 1020, channel 0"),
+    EXPECT_NE(refusalOf(coded({.width = kSide, .height = kSide}, rows)).find("channel 0, row 1020"),
               std::string::npos);
 }
 
@@ -314,7 +314,7 @@ TEST(SgiReader, tables_are_held_against_the_file) {
                                                     {520, 0xFFFFFFFF},
                                                     {0xFFFFFFFF, 0xFFFFFFFF}}) {
         const std::string expected = "byte " + std::to_string(offset) +
-                                     ", row 0, channel 0: expected bytes of a row between 520 and "
+                                     ", channel 0, row 0: expected bytes of a row between 520 and "
                                      "523, found " +
                                      std::to_string(length) + " bytes";
         EXPECT_NE(reason(offset, length).find(expected), std::string::npos)

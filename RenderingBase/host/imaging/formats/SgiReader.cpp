@@ -15,11 +15,10 @@
 
 #include "RenderingBase/host/imaging/ParallelRows.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/SaturatedMath.h"
+#include "RenderingBase/host/imaging/formats/SgiRows.h"
 
-#include <algorithm>
 #include <array>
-#include <cstring>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -29,181 +28,10 @@ namespace {
 
 using Byte = unsigned char;
 
-constexpr std::size_t kHeaderBytes = 512;
-constexpr std::size_t kLongestRun = 127;
-
 std::uint32_t bigEndian(const Byte* at, std::size_t count) {
     std::uint32_t value = 0;
     for (std::size_t i = 0; i < count; ++i) value = value << 8 | at[i];
     return value;
-}
-
-struct SgiLayout {
-    bool runLengths = false;
-    std::size_t sampleBytes = 1;  ///< 1 or 2.
-    std::size_t width = 0, height = 0, channels = 0;
-
-    std::size_t planeRows() const { return height * channels; }
-    /// Where the tables of run-length-coded rows end; without them, where the samples begin.
-    std::uint64_t dataBegin() const {
-        return kHeaderBytes + (runLengths ? std::uint64_t{8} * planeRows() : 0);
-    }
-    std::uint64_t leastFileBytes() const {
-        if (!runLengths)
-            return kHeaderBytes + saturatedProduct(width * sampleBytes, height, channels);
-        // All rows may be the same one, of the longest runs: a count and a sample each.
-        return dataBegin() + (width + kLongestRun - 1) / kLongestRun * 2 * sampleBytes;
-    }
-};
-
-/// The bytes of one row of one plane in the file.
-struct RowPlace {
-    std::uint64_t offset = 0;
-    std::uint64_t bytes = 0;
-};
-
-/// Samples as bytes. 16 bits become v * 255 / 65535 rounded; the formula is equal to that for
-/// every v.
-template <std::size_t kBytes>
-void narrow(const Byte* in, Byte* out, std::size_t samples) {
-    if constexpr (kBytes == 1) {
-        std::memcpy(out, in, samples);
-    } else {
-        for (std::size_t i = 0; i < samples; ++i) {
-            const unsigned value = unsigned{in[2 * i]} << 8 | in[2 * i + 1];
-            out[i] = static_cast<Byte>((value * 255 + 32895) >> 16);
-        }
-    }
-}
-
-/// One row out of its runs. @p at tells how far it came.
-template <std::size_t kBytes>
-ReadResult expandRuns(std::span<const Byte> in, std::span<Byte> out, std::size_t& at) {
-    for (at = 0; !out.empty();) {
-        if (in.size() - at < kBytes) return refuse("a run", "the end of the row's bytes");
-        // Of a count of two bytes only the second means something.
-        const unsigned head = in[at + kBytes - 1];
-        const bool plain = head & 128;
-        const std::size_t count = head & 127;
-        if (count == 0 || count > out.size())
-            return refuse("a run of 1 to " + std::to_string(out.size()) + " samples",
-                          count ? std::to_string(count) : "the end of the row");
-        const std::size_t bytes = plain ? count * kBytes : kBytes;
-        if (in.size() - at - kBytes < bytes)
-            return refuse("a run of " + std::to_string(count) + " samples",
-                          "the end of the row's bytes");
-        at += kBytes;
-        if (plain) {
-            narrow<kBytes>(&in[at], out.data(), count);
-        } else {
-            Byte value = 0;
-            narrow<kBytes>(&in[at], &value, 1);
-            std::memset(out.data(), value, count);
-        }
-        at += bytes;
-        out = out.subspan(count);
-    }
-    return {};
-}
-
-template <std::size_t kChannels>
-void interleave(const Byte* planes, Byte* out, std::size_t width) {
-    for (std::size_t x = 0; x < width; ++x)
-        for (std::size_t c = 0; c < kChannels; ++c) out[kChannels * x + c] = planes[c * width + x];
-}
-
-/// What several threads read from, each in its turn.
-class SharedSource {
-public:
-    explicit SharedSource(ByteSource& source) : m_source(source) {}
-    std::uint64_t size() const { return m_source.size(); }
-    std::size_t read(std::uint64_t offset, void* to, std::size_t count) {
-        const std::lock_guard lock(m_mutex);
-        return m_source.read(offset, to, count);
-    }
-
-private:
-    ByteSource& m_source;
-    std::mutex m_mutex;
-};
-
-/// Reads rows with buffers of its own.
-class RowReader {
-public:
-    RowReader(SharedSource& source, const SgiLayout& layout, std::span<const RowPlace> places);
-    /// @param row  Counted from the top.
-    [[nodiscard]] ReadResult read(std::size_t row, Byte* out);
-
-private:
-    ReadResult readPlane(const RowPlace& place, std::span<Byte> out);
-
-    SharedSource& m_source;
-    const SgiLayout& m_layout;
-    std::span<const RowPlace> m_places;
-    std::vector<Byte> m_stored;
-    std::vector<Byte> m_planes;
-};
-
-RowReader::RowReader(SharedSource& source, const SgiLayout& layout,
-                     std::span<const RowPlace> places)
-    : m_source(source),
-      m_layout(layout),
-      m_places(places),
-      // The longest useful row has a count before each sample. What a table calls longer is read
-      // up to there: many rows may claim the same large part of a file.
-      m_stored(layout.width * layout.sampleBytes * (layout.runLengths ? 2 : 1)),
-      m_planes(layout.width * layout.channels) {}
-
-ReadResult RowReader::read(std::size_t row, Byte* out) {
-    const std::size_t width = m_layout.width, stored = m_layout.height - 1 - row;
-    for (std::size_t channel = 0; channel < m_layout.channels; ++channel) {
-        std::size_t plane = channel * m_layout.height + stored;
-        const std::uint64_t rowBytes = width * m_layout.sampleBytes;
-        const RowPlace place = m_layout.runLengths
-                                   ? m_places[plane]
-                                   : RowPlace{kHeaderBytes + plane * rowBytes, rowBytes};
-        Byte* const target = m_layout.channels == 1 ? out : m_planes.data() + channel * width;
-        if (ReadResult refusal = readPlane(place, {target, width})) {
-            refusal->where +=
-                ", row " + std::to_string(row) + ", channel " + std::to_string(channel);
-            return refusal;
-        }
-    }
-    switch (m_layout.channels) {
-        case 2:
-            interleave<2>(m_planes.data(), out, width);
-            break;
-        case 3:
-            interleave<3>(m_planes.data(), out, width);
-            break;
-        case 4:
-            interleave<4>(m_planes.data(), out, width);
-            break;
-        default:
-            break;
-    }
-    return {};
-}
-
-ReadResult RowReader::readPlane(const RowPlace& place, std::span<Byte> out) {
-    const bool wide = m_layout.sampleBytes == 2;
-    const auto where = [&](std::size_t at) { return "byte " + std::to_string(place.offset + at); };
-    if (place.offset < m_layout.dataBegin() || place.offset + place.bytes > m_source.size())
-        return refuse("bytes of a row between " + std::to_string(m_layout.dataBegin()) + " and " +
-                          std::to_string(m_source.size()),
-                      std::to_string(place.bytes) + " bytes", where(0));
-    const std::size_t wanted = std::min<std::uint64_t>(place.bytes, m_stored.size());
-    if (m_source.read(place.offset, m_stored.data(), wanted) != wanted)
-        return refuse("a row of " + std::to_string(wanted) + " bytes", "the end of the file",
-                      where(0));
-    if (!m_layout.runLengths) {
-        (wide ? narrow<2> : narrow<1>)(m_stored.data(), out.data(), out.size());
-        return {};
-    }
-    std::size_t at = 0;
-    ReadResult refusal = (wide ? expandRuns<2> : expandRuns<1>)({m_stored.data(), wanted}, out, at);
-    if (refusal) refusal->where = where(at);
-    return refusal;
 }
 
 class SgiReader final : public ImageReader {
@@ -213,7 +41,7 @@ public:
     ReadResult readPixels(std::span<std::byte> pixels) override;
 
 private:
-    ReadResult readPlaces(std::vector<RowPlace>& places);
+    ReadResult readPlaces(std::vector<SgiRowPlace>& places);
 
     SharedSource m_source;
     SgiLayout m_layout;
@@ -243,7 +71,7 @@ ReadResult checkKind(const Byte* head) {
 }
 
 ReadResult SgiReader::readHeader(ImageHeader& header) {
-    std::array<Byte, kHeaderBytes> head;
+    std::array<Byte, SgiLayout::kHeaderBytes> head;
     const std::size_t got = m_source.read(0, head.data(), head.size());
     if (got != head.size()) return refuse("a header of 512 bytes", std::to_string(got) + " bytes");
     if (ReadResult refusal = checkKind(head.data())) return refusal;
@@ -266,10 +94,10 @@ ReadResult SgiReader::readHeader(ImageHeader& header) {
     return {};
 }
 
-ReadResult SgiReader::readPlaces(std::vector<RowPlace>& places) {
+ReadResult SgiReader::readPlaces(std::vector<SgiRowPlace>& places) {
     const std::size_t rows = m_layout.planeRows();
     std::vector<Byte> tables(8 * rows);
-    if (m_source.read(kHeaderBytes, tables.data(), tables.size()) != tables.size())
+    if (m_source.read(SgiLayout::kHeaderBytes, tables.data(), tables.size()) != tables.size())
         return refuse("tables of " + std::to_string(rows) + " rows", "the end of the file",
                       "byte 512");
     places.resize(rows);
@@ -279,30 +107,26 @@ ReadResult SgiReader::readPlaces(std::vector<RowPlace>& places) {
 }
 
 ReadResult SgiReader::readPixels(std::span<std::byte> pixels) {
-    std::vector<RowPlace> places;
+    std::vector<SgiRowPlace> places;
     if (m_layout.runLengths)
         if (ReadResult refusal = readPlaces(places)) return refusal;
-    const std::size_t rowBytes = m_layout.width * m_layout.channels;
     auto* const out = reinterpret_cast<Byte*>(pixels.data());
-    const auto height = static_cast<std::int64_t>(m_layout.height);
     std::mutex mutex;
-    ReadResult refusal;
-    std::int64_t refusedRow = height;
-    forRowSlices(static_cast<std::int64_t>(rowBytes), height,
+    // Whichever thread is the first to fail, the row that comes first is named.
+    ReadResult topmost;
+    std::size_t topmostRow = m_layout.height;
+    forRowSlices(static_cast<std::int64_t>(m_layout.width * m_layout.channels),
+                 static_cast<std::int64_t>(m_layout.height),
                  [&](std::int64_t first, std::int64_t end) {
-                     RowReader reader(m_source, m_layout, places);
-                     for (std::int64_t row = first; row < end; ++row) {
-                         const auto y = static_cast<std::size_t>(row);
-                         ReadResult found = reader.read(y, out + y * rowBytes);
-                         if (!found) continue;
-                         // The topmost row is named, whichever thread is the first to fail.
-                         const std::lock_guard lock(mutex);
-                         if (row < refusedRow) refusal = std::move(found);
-                         refusedRow = std::min(row, refusedRow);
-                         return;
-                     }
+                     SgiRows rows(m_source, m_layout, places);
+                     auto row = static_cast<std::size_t>(first);
+                     ReadResult refusal = rows.read(row, static_cast<std::size_t>(end), out);
+                     const std::lock_guard lock(mutex);
+                     if (!refusal || row > topmostRow) return;
+                     topmost = std::move(refusal);
+                     topmostRow = row;
                  });
-    return refusal;
+    return topmost;
 }
 
 bool recognises(std::span<const std::byte> head) { return startsWith(head, "\x01\xDA"); }
