@@ -3,10 +3,10 @@
 //   01 DA 01 01 00 03                     magic, run lengths, 1 byte a sample, 3 dimensions
 //   00 40 00 30 00 03                     64 x 48 pixels, 3 channels
 //   00 00 00 00 00 00 00 FF               smallest and largest sample, then 84 bytes: a name
-//   00 00 00 00                           colormap: the samples mean themselves; zeros up to byte
-//   512 00 00 06 80 00 00 06 86 ...           with run lengths: where each row begins, channel by
-//   channel 00 00 00 06 00 00 00 05 ...           and how many bytes it has 84 10 20 30 40 3C 07 00
-//   a row: 4 samples as they are, 60 times the sample 7, end
+//   00 00 00 00                           no colormap; zeros up to byte 512
+//   00 00 06 80 00 00 06 86 ...           with run lengths: where each row of each channel begins,
+//   00 00 00 06 00 00 00 05 ...           and how many bytes it has
+//   84 10 20 30 40 3C 07 00               a row: 4 samples as they are, 60 times the sample 7, end
 //
 // All numbers are big endian. Each channel is a plane of its own, bottom row first. Rows may share
 // their bytes: a tiny file may honestly be a large picture. Source: P. Haeberli, "The SGI Image
