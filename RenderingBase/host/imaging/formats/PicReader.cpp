@@ -3,9 +3,10 @@
 //   53 80 F6 34 40 60 00 00               magic, version 3.5; then a comment of 80 bytes
 //   "PICT" 00 40 00 30                    64 x 48 pixels
 //   3F 80 00 00 00 03 00 00               pixels are square; every scanline is here; padding
-//   01 08 02 E0                           red, green and blue: 8 bits, mixed runs, another one
-//   follows 00 08 02 10                           alpha: 8 bits, mixed runs, the last one BE 10 20
-//   30 80 01 02 ...              scanlines: all colours of one, then all its alphas
+//   01 08 02 E0                           red, green and blue: 8 bits, mixed runs; another one:
+//   00 08 02 10                           alpha: 8 bits, mixed runs; the last one
+//   BF 10 20 30                           a scanline: 64 times the same colour,
+//   BF FF                                 64 times the same alpha
 //
 // All numbers are big endian; the scanline at the top comes first. Channels that stand together in
 // a packet are stored pixel by pixel. Source: "PIC file format", the format's own description by

@@ -4,8 +4,8 @@
 //   00 40 00 30 00 03                     64 x 48 pixels, 3 channels
 //   00 00 00 00 00 00 00 FF               smallest and largest sample, then 84 bytes: a name
 //   00 00 00 00                           no colormap; zeros up to byte 512
-//   00 00 06 80 00 00 06 86 ...           with run lengths: where each row of each channel begins,
-//   00 00 00 06 00 00 00 05 ...           and how many bytes it has
+//   00 00 06 80 00 00 06 88 ...           with run lengths: where each row of each channel begins,
+//   00 00 00 08 00 00 00 05 ...           and how many bytes it has
 //   84 10 20 30 40 3C 07 00               a row: 4 samples as they are, 60 times the sample 7, end
 //
 // All numbers are big endian. Each channel is a plane of its own, bottom row first. Rows may share
