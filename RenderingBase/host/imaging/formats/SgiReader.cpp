@@ -43,7 +43,7 @@ public:
 private:
     ReadResult readPlaces(std::vector<SgiRowPlace>& places);
 
-    SharedSource m_source;
+    SgiSource m_source;
     SgiLayout m_layout;
 };
 

@@ -42,9 +42,9 @@ struct SgiLayout {
 };
 
 /// What several threads read from, each in its turn.
-class SharedSource {
+class SgiSource {
 public:
-    explicit SharedSource(ByteSource& source) : m_source(source) {}
+    explicit SgiSource(ByteSource& source) : m_source(source) {}
     std::uint64_t size() const { return m_source.size(); }
     std::size_t read(std::uint64_t offset, void* to, std::size_t count) {
         const std::lock_guard lock(m_mutex);
@@ -61,7 +61,7 @@ class SgiRows {
 public:
     /// @param places  Of all rows in the order of the file's tables; none without run lengths. They
     ///                outlive the object.
-    SgiRows(SharedSource& source, const SgiLayout& layout, std::span<const SgiRowPlace> places);
+    SgiRows(SgiSource& source, const SgiLayout& layout, std::span<const SgiRowPlace> places);
 
     /// Reads the rows first to end - 1, counted from the top. @p out is where the picture's first
     /// row goes. After a refusal @p first is the row that it is about.
@@ -72,7 +72,7 @@ private:
     ReadResult readCodedRow(std::size_t row, unsigned char* out);
     ReadResult expandRow(const SgiRowPlace& place, std::span<unsigned char> out);
 
-    SharedSource& m_source;
+    SgiSource& m_source;
     const SgiLayout m_layout;
     const std::span<const SgiRowPlace> m_places;
     const std::size_t m_bandRows;         // that are read at once
