@@ -55,6 +55,9 @@ constexpr Recipe kRecipes[] = {
     {"raw16.psd", "convert IN -depth 16 -compress None OUT"},
     {"alpha.psb", "convert IN -alpha set -compress RLE OUT"},
     {"cmyk.psd", "convert IN -colorspace CMYK OUT"},
+    {"plain.sgi", "convert IN -compress None OUT"},
+    {"rle.sgi", "convert IN -compress RLE OUT"},
+    {"rle16.sgi", "convert IN -depth 16 -compress RLE OUT"},
 };
 
 std::string replaced(std::string text, const std::string& what, const std::string& by) {

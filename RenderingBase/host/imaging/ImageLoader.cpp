@@ -49,6 +49,8 @@ std::span<const ImageFormat> imageFormats() {
         kBmpFormat,
         kTgaFormat,
         kPsdFormat,
+        kSgiFormat,
+        kPicFormat,
     };
     // clang-format on
     return formats;

@@ -80,5 +80,7 @@ std::span<const ImageFormat> imageFormats();
 extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat, kBmpFormat,
     kTgaFormat;
 extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat, kPsdFormat;
+extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat, kSgiFormat,
+    kPicFormat;
 
 }  // namespace rb::imaging

@@ -1,0 +1,117 @@
+// Any bytes as an image file: all formats of the loader, those of later days included.
+//
+// The formats are found by the loader itself, from the first bytes; the name ends in ".tga" so that
+// a format that goes by its extension is tried as well. Every input is read twice, with different
+// values in fresh memory: a pixel that nobody wrote, or that depends on anything but the file,
+// comes out differently.
+
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+
+#include <atomic>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sanitizer/allocator_interface.h>
+#include <span>
+
+namespace {
+
+using Bytes = std::span<const std::byte>;
+using Image = KVRVar<KVRPixelImage>;
+
+constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 20;
+constexpr const char* kMostPixelsText = "1048576";
+constexpr const char* kName = "fuzz.tga";
+
+/// Ends the run when what is promised does not hold; the fuzzer keeps the input.
+void promise(bool holds, const char* what) {
+    if (holds) return;
+    std::fprintf(stderr, "broken promise: %s\n", what);
+    std::abort();
+}
+
+/// What fresh memory holds.
+std::atomic<int> s_fill{0};
+
+void onMalloc(const volatile void* memory, std::size_t bytes) {
+    // Larger blocks may be known to be zero by whoever asked for them (calloc).
+    constexpr std::size_t kMostFilled = 64 * 1024;
+    if (memory && bytes <= kMostFilled) std::memset(const_cast<void*>(memory), s_fill, bytes);
+}
+
+void onFree(const volatile void*) {}
+
+void checkRefusal() {
+    const KVRImageError& error = KVRLastImageError();
+    promise(error.file == KVRUnicodeString(kName), "a refusal names the file");
+    promise(!error.expected.empty(), "a refusal says what was expected");
+    promise(!error.found.empty(), "a refusal says what was found");
+}
+
+void checkImage(const Image& image) {
+    promise(KVRLastImageError().found.empty(), "a delivered image leaves no error");
+    int width = 0, height = 0;
+    image->GetSize(width, height);
+    promise(width >= 1 && height >= 1, "sides are 1 or more");
+    const auto pixels = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
+    promise(pixels <= kMostPixels, "the limit of pixels holds");
+    const auto& layout = rb::imaging::layoutOf(image->GetFormat());
+    promise(layout.channels >= 1, "an image has a format");
+    promise(
+        image->GetRawPixels().size() == pixels * static_cast<std::uint64_t>(layout.bytesPerPixel()),
+        "all pixels are there");
+    const int unit = image->GetResolutionUnit();
+    promise(unit >= 1 && unit <= 3, "a unit of resolution is none, inch or centimetre");
+    for (const double resolution : {image->GetXResolution(), image->GetYResolution()})
+        promise(std::isfinite(resolution) && resolution >= 0, "a resolution is a number");
+}
+
+/// What every host does with a picture that brings a profile along.
+void useProfile(const Image& image) {
+    const auto profile = KVRVar<KVRMMColorProfile>::Adopt(image->GetColorProfile());
+    if (!profile) return;
+    static_cast<void>(profile->getProfileName());
+    static_cast<void>(profile->getProfileModel());
+    static_cast<void>(image->ApplyColorProfile(nullptr, 0));
+}
+
+Image readImage(Bytes file, int fill) {
+    s_fill = fill;
+    return Image::Adopt(KVRPixelImage::CreateFromMemory(file, kName));
+}
+
+void tryAsImage(Bytes file) {
+    const Image first = readImage(file, 0x00);
+    const Image second = readImage(file, 0xA5);
+    promise(static_cast<bool>(first) == static_cast<bool>(second),
+            "a file is read or refused whatever is in memory");
+    if (!first) return checkRefusal();
+    checkImage(first);
+    const Bytes one = first->GetRawPixels();
+    const Bytes other = second->GetRawPixels();
+    promise(one.size() == other.size() && std::memcmp(one.data(), other.data(), one.size()) == 0,
+            "every pixel comes from the file");
+    useProfile(first);
+}
+
+/// All ways by which the bytes of strangers come in.
+constexpr void (*kEntries[])(Bytes) = {tryAsImage};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    // Small pictures keep the runs fast; what is out of proportion shows against the fuzzer's own
+    // limits of memory and time.
+    setenv("KVRImagePixelLimit", kMostPixelsText, 1);
+    promise(__sanitizer_install_malloc_and_free_hooks(onMalloc, onFree) > 0,
+            "the sanitizer calls back");
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    for (const auto entry : kEntries) entry(std::as_bytes(std::span(data, size)));
+    return 0;
+}
