@@ -45,8 +45,7 @@ public:
 
     /// Holds the checksum against what has been inflated.
     ReadResult finish() {
-        unsigned char beyond = 0;
-        m_stream.next_out = &beyond;
+        m_stream.next_out = &m_beyond;
         m_stream.avail_out = 1;
         while (!m_ended && m_stream.avail_out > 0)
             if (ReadResult refusal = step()) return refusal;
@@ -80,6 +79,7 @@ private:
     std::uint64_t m_begin;
     z_stream m_stream{};
     bool m_ended = false;
+    unsigned char m_beyond = 0;  // a byte behind the last row, which should not be there
 };
 
 void addUp8(unsigned char* row, std::size_t bytes) {
