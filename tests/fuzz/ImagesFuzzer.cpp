@@ -1,12 +1,14 @@
-// Any bytes as an image file: all formats of the loader, those of later days included.
+// Any bytes as an image file and as a texture file: all formats of the loaders, those of later days
+// included.
 //
-// The formats are found by the loader itself, from the first bytes; the name ends in ".tga" so that
-// a format that goes by its extension is tried as well. Every input is read twice, with different
-// values in fresh memory: a pixel that nobody wrote, or that depends on anything but the file,
-// comes out differently.
+// The formats are found by the loaders themselves, from the first bytes; the name ends in ".tga" so
+// that a format that goes by its extension is tried as well. Every input is read twice, with
+// different values in fresh memory: a pixel that nobody wrote, or that depends on anything but the
+// file, comes out differently.
 
 #include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
 
 #include <atomic>
 #include <cmath>
@@ -16,11 +18,14 @@
 #include <cstring>
 #include <sanitizer/allocator_interface.h>
 #include <span>
+#include <vector>
 
 namespace {
 
 using Bytes = std::span<const std::byte>;
 using Image = KVRVar<KVRPixelImage>;
+/// What a file delivers; nothing when it is refused.
+using Images = std::vector<Image>;
 
 constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 20;
 constexpr const char* kMostPixelsText = "1048576";
@@ -52,7 +57,6 @@ void checkRefusal() {
 }
 
 void checkImage(const Image& image) {
-    promise(KVRLastImageError().found.empty(), "a delivered image leaves no error");
     int width = 0, height = 0;
     image->GetSize(width, height);
     promise(width >= 1 && height >= 1, "sides are 1 or more");
@@ -78,27 +82,69 @@ void useProfile(const Image& image) {
     static_cast<void>(image->ApplyColorProfile(nullptr, 0));
 }
 
-Image readImage(Bytes file, int fill) {
-    s_fill = fill;
-    return Image::Adopt(KVRPixelImage::CreateFromMemory(file, kName));
+Images readImage(Bytes file) {
+    const Image image = Image::Adopt(KVRPixelImage::CreateFromMemory(file, kName));
+    return image ? Images{image} : Images{};
 }
 
-void tryAsImage(Bytes file) {
-    const Image first = readImage(file, 0x00);
-    const Image second = readImage(file, 0xA5);
-    promise(static_cast<bool>(first) == static_cast<bool>(second),
-            "a file is read or refused whatever is in memory");
-    if (!first) return checkRefusal();
-    checkImage(first);
-    const Bytes one = first->GetRawPixels();
-    const Bytes other = second->GetRawPixels();
-    promise(one.size() == other.size() && std::memcmp(one.data(), other.data(), one.size()) == 0,
-            "every pixel comes from the file");
-    useProfile(first);
+/// Adds all levels of a texture or of a face.
+void addLevels(const KVRVar<KVRTexturePixelImage>& texture, Images& images) {
+    auto* const levels = dynamic_cast<KVRVizTextureWithMipMap*>(texture.Get());
+    if (!levels) return images.push_back(texture);
+    for (int level = 0; Image image = Image::Adopt(levels->GetMipMap(level)); ++level)
+        images.push_back(image);
+}
+
+template <class Cube>
+bool addFaces(KVRTexturePixelImage* texture, Images& images) {
+    auto* const cube = dynamic_cast<Cube*>(texture);
+    if (!cube) return false;
+    for (int face = 0; face < 6; ++face) {
+        const auto adopted = KVRVar<KVRTexturePixelImage>::Adopt(cube->GetFace(face));
+        promise(static_cast<bool>(adopted), "a cube has six faces");
+        addLevels(adopted, images);
+    }
+    return true;
+}
+
+Images readTexture(Bytes file) {
+    Images images;
+    const auto texture = KVRVar<KVRTexturePixelImage>::Adopt(CreateTextureFromMemory(file, kName));
+    if (texture && !addFaces<KVRVizCubicEnvMap>(texture.Get(), images) &&
+        !addFaces<KVRVizCubicEnvMapWithMipMap>(texture.Get(), images))
+        addLevels(texture, images);
+    promise(static_cast<bool>(texture) == !images.empty(), "a texture has pictures");
+    return images;
+}
+
+/// Whether pixels may hold what was in a codec library's own memory: OpenEXR takes a block that
+/// unpacks to less than its rows, or to nothing, for a whole one.
+bool showsMemoryOfCodec(Bytes file) {
+    constexpr unsigned char kExrMagic[] = {0x76, 0x2F, 0x31, 0x01};
+    return file.size() >= sizeof kExrMagic &&
+           std::memcmp(file.data(), kExrMagic, sizeof kExrMagic) == 0;
 }
 
 /// All ways by which the bytes of strangers come in.
-constexpr void (*kEntries[])(Bytes) = {tryAsImage};
+constexpr Images (*kEntries[])(Bytes) = {readImage, readTexture};
+
+void tryEntry(Images (*read)(Bytes), Bytes file) {
+    s_fill = 0x00;
+    const Images first = read(file);
+    s_fill = 0xA5;
+    const Images second = read(file);
+    promise(first.size() == second.size(), "a file is read or refused whatever is in memory");
+    if (first.empty()) return checkRefusal();
+    promise(KVRLastImageError().found.empty(), "a delivered image leaves no error");
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        checkImage(first[i]);
+        const Bytes one = first[i]->GetRawPixels(), other = second[i]->GetRawPixels();
+        promise(one.size() == other.size(), "a picture has one size");
+        promise(showsMemoryOfCodec(file) || std::memcmp(one.data(), other.data(), one.size()) == 0,
+                "every pixel comes from the file");
+        useProfile(first[i]);
+    }
+}
 
 }  // namespace
 
@@ -112,6 +158,6 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    for (const auto entry : kEntries) entry(std::as_bytes(std::span(data, size)));
+    for (const auto entry : kEntries) tryEntry(entry, std::as_bytes(std::span(data, size)));
     return 0;
 }
