@@ -32,4 +32,12 @@ void decodeBc6hSignedRun(const std::byte* blocks, std::size_t count, std::byte* 
 void decodeBc7Run(const std::byte* blocks, std::size_t count, std::byte* pixels,
                   std::size_t rowBytes);
 
+// The same for processors with AVX2.
+void decodeBc1RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
+void decodeBc2RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
+void decodeBc3RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
+
 }  // namespace rb::imaging
