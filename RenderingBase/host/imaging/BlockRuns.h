@@ -39,5 +39,7 @@ void decodeBc2RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pix
                       std::size_t rowBytes);
 void decodeBc3RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
                       std::size_t rowBytes);
+void decodeBc7RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
 
 }  // namespace rb::imaging
