@@ -31,7 +31,7 @@ const Kind& portable(BlockKind kind) { return kPortable[static_cast<std::size_t>
 constexpr Kind kAvx2[] = {
     {8, 4, decodeBc1RunAvx2},    {16, 4, decodeBc2RunAvx2},  {16, 4, decodeBc3RunAvx2},
     {8, 1, decodeBc4Run},        {8, 1, decodeBc4SignedRun}, {16, 3, decodeBc5Run},
-    {16, 3, decodeBc5SignedRun}, {16, 6, decodeBc6hRun},     {16, 6, decodeBc6hSignedRun},
+    {16, 3, decodeBc5SignedRun}, {16, 6, decodeBc6hRunAvx2}, {16, 6, decodeBc6hSignedRunAvx2},
     {16, 4, decodeBc7RunAvx2},
 };
 

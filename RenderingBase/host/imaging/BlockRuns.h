@@ -41,5 +41,9 @@ void decodeBc3RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pix
                       std::size_t rowBytes);
 void decodeBc7RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
                       std::size_t rowBytes);
+void decodeBc6hRunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                       std::size_t rowBytes);
+void decodeBc6hSignedRunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                             std::size_t rowBytes);
 
 }  // namespace rb::imaging
