@@ -57,11 +57,15 @@ inline std::string blockOf(std::size_t bytes,
     return block;
 }
 
+/// The pixels of a picture; the test fails when the portable version gives others.
 inline std::string decoded(BlockKind kind, const std::string& blocks, int width, int height) {
     const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    std::string pixels(count * imaging::decodedPixelBytes(kind), '\0');
+    std::string pixels(count * imaging::decodedPixelBytes(kind), '\0'), portable = pixels;
     imaging::decodeBlocks(kind, std::as_bytes(std::span(blocks)), width, height,
                           std::as_writable_bytes(std::span(pixels)));
+    imaging::detail::decodeBlocksPortable(kind, std::as_bytes(std::span(blocks)), width, height,
+                                          std::as_writable_bytes(std::span(portable)));
+    EXPECT_TRUE(pixels == portable) << width << " x " << height;
     return pixels;
 }
 

@@ -50,4 +50,12 @@ KVR_EXPORT std::size_t decodedPixelBytes(BlockKind kind) noexcept;
 KVR_EXPORT void decodeBlocks(BlockKind kind, std::span<const std::byte> blocks, std::int64_t width,
                              std::int64_t height, std::span<std::byte> pixels);
 
+namespace detail {
+
+/// What `decodeBlocks` does on processors without AVX2.
+KVR_EXPORT void decodeBlocksPortable(BlockKind kind, std::span<const std::byte> blocks,
+                                     std::int64_t width, std::int64_t height,
+                                     std::span<std::byte> pixels);
+
+}  // namespace detail
 }  // namespace rb::imaging
