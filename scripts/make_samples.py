@@ -21,8 +21,10 @@ import zlib
 
 import icc
 import image_writers as write
+import sample_cube as cube
 import sample_scene as scene
 import sample_sky as sky
+import texture_writers as textures
 
 IMAGES = pathlib.Path(__file__).resolve().parent.parent / "samples/images"
 STUDIO_WIDTH, STUDIO_HEIGHT, STUDIO_SAMPLES = 640, 480, 3
@@ -234,12 +236,51 @@ def depth_float_exr():
     return write.exr(width, height, {"Y": rows}, "f", write.UNCOMPRESSED)
 
 
+# --- textures -------------------------------------------------------------------------------------
+
+def _cube_faces(side):
+    return [cube.face(name, side) for name in cube.FACES]
+
+
+def cube_dds():
+    return textures.dds([[rows] for rows in _cube_faces(64)], textures.bgra)
+
+
+def cube_mips_dds():
+    return textures.dds([textures.levels(rows) for rows in _cube_faces(128)], textures.bc1)
+
+
+def cube_mips_ktx2():
+    return textures.ktx2([textures.levels(rows) for rows in _cube_faces(64)])
+
+
+def grating_mips_dds():
+    """Perforated sheet metal: round holes in staggered rows, lit from the upper left."""
+    width, height, pitch = 128, 96, 16.0
+
+    def texel(x, y):
+        row = math.floor(y / pitch)
+        across = (x + 0.5 * pitch * (row % 2)) % pitch - 0.5 * pitch
+        down = y % pitch - 0.5 * pitch
+        distance = math.hypot(across, down)
+        rim = sky.smooth(4.6, 5.4, distance) * (1.0 - sky.smooth(5.6, 7.4, distance))
+        light = 0.70 + 0.10 * math.sin(0.05 * x + 0.11 * y)
+        light += 0.28 * rim * (across + down) / (1.5 * pitch)
+        metal = tuple(int(255.0 * min(light * c, 1.0) + 0.5) for c in (0.90, 0.93, 1.0))
+        return (*metal, int(255.0 * sky.smooth(4.4, 5.2, distance) + 0.5))
+
+    rows = [[texel(x + 0.5, y + 0.5) for x in range(width)] for y in range(height)]
+    return textures.dds([textures.levels(rows)], textures.bgra)
+
+
 SAMPLES = {
     "studio.png": studio_png, "studio.jpg": studio_jpg, "gradient-16.png": gradient_16_png,
     "alpha.png": alpha_png, "grey.tif": grey_tif, "palette.png": palette_png,
     "bilevel.png": bilevel_png, "sky.hdr": sky_hdr, "sky-half.exr": sky_half_exr,
     "depth-float.exr": depth_float_exr, "swapped.png": swapped_png,
     "wide-gamut.png": wide_gamut_png, "cmyk.tif": cmyk_tif, "tiled.tif": tiled_tif,
+    "cube.dds": cube_dds, "cube-mips.dds": cube_mips_dds, "cube-mips.ktx2": cube_mips_ktx2,
+    "grating-mips.dds": grating_mips_dds,
 }
 
 

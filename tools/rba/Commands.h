@@ -11,6 +11,8 @@ void addImageCommands(CLI::App& program, Context& context);
 void addImageInfo(CLI::App& group, Context& context);
 void addImageFind(CLI::App& group, Context& context);
 void addImageConvert(CLI::App& group, Context& context);
+void addImageDds(CLI::App& group, Context& context);
+void addImageMirrorBall(CLI::App& group, Context& context);
 void addImageUnits(CLI::App& group, Context& context);
 void addImageHalf(CLI::App& group, Context& context);
 void addEnvCommand(CLI::App& program, Context& context);

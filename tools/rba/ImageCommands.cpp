@@ -9,6 +9,8 @@ void addImageCommands(CLI::App& program, Context& context) {
     addImageInfo(group, context);
     addImageFind(group, context);
     addImageConvert(group, context);
+    addImageDds(group, context);
+    addImageMirrorBall(group, context);
     addImageUnits(group, context);
     addImageHalf(group, context);
 }

@@ -2,7 +2,6 @@
 #include "tools/rba/Commands.h"
 #include "tools/rba/Images.h"
 #include "tools/rba/Output.h"
-#include "tools/rba/Paths.h"
 
 namespace rb::cli {
 namespace {
@@ -34,11 +33,7 @@ void printResult(Context& context, const std::string& path, const KVRPixelImage&
 }
 
 int runConvert(Context& context, const ConvertArguments& arguments) {
-    const std::string extension = lowerExtension(arguments.out);
-    const char* const writer = writerFor(extension);
-    if (!writer)
-        throw UsageError(named(arguments.out) + ": expected a name that ends in " +
-                         kWrittenExtensions + ", found '" + extension + "'");
+    const char* const writer = writerOf(arguments.out);
     if (arguments.dpi < 1)
         throw UsageError("--dpi: expected a number from 1 on, found " +
                          std::to_string(arguments.dpi));
@@ -47,8 +42,7 @@ int runConvert(Context& context, const ConvertArguments& arguments) {
     for (const std::string& group : arguments.groups) groups.Append(KVRUnicodeString(group));
     const KVRVar<KVRPixelImage> image = loadImage(arguments.in, arguments.dpi, groups);
     checkDisplayable(arguments.in, *image.Get());
-    if (Failed(image->WriteToFile(frameworkPath(arguments.out), writer)))
-        throw Failure(arguments.out, imageErrorReason());
+    writeImage(*image.Get(), arguments.out, writer);
     printResult(context, arguments.out, *image.Get());
     return kDone;
 }

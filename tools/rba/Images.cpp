@@ -47,4 +47,18 @@ const char* writerFor(const std::string& extension) {
     return nullptr;
 }
 
+const char* writerOf(const std::string& typedPath) {
+    const std::string extension = lowerExtension(typedPath);
+    const char* const writer = writerFor(extension);
+    if (!writer)
+        throw UsageError(named(typedPath) + ": expected a name that ends in " + kWrittenExtensions +
+                         ", found '" + extension + "'");
+    return writer;
+}
+
+void writeImage(const KVRPixelImage& image, const std::string& typedPath, const char* writer) {
+    if (Failed(image.WriteToFile(frameworkPath(typedPath), writer)))
+        throw Failure(typedPath, imageErrorReason());
+}
+
 }  // namespace rb::cli

@@ -32,4 +32,10 @@ const char* formatName(const KVRPixelImage& image);  ///< As in "RGB_f16".
 const char* writerFor(const std::string& extension);
 inline constexpr const char* kWrittenExtensions = "png, tif, tiff, bmp, jpg or jpeg";
 
+/// `writerFor` the extension of a typed path. Throws UsageError when such files are not written.
+const char* writerOf(const std::string& typedPath);
+
+/// Writes @p image with a writer from `writerOf`, whole or not at all. Throws Failure.
+void writeImage(const KVRPixelImage& image, const std::string& typedPath, const char* writer);
+
 }  // namespace rb::cli
