@@ -47,10 +47,10 @@ std::span<const ImageFormat> imageFormats() {
         kExrFormat,
         kHdrFormat,
         kBmpFormat,
-        kTgaFormat,
         kPsdFormat,
         kSgiFormat,
         kPicFormat,
+        kTgaFormat,  // last: it has no magic number
     };
     // clang-format on
     return formats;

@@ -78,9 +78,6 @@ inline constexpr std::size_t kHeadBytes = 512;
 std::span<const ImageFormat> imageFormats();
 
 extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat, kBmpFormat,
-    kTgaFormat;
-extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat, kPsdFormat;
-extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat, kSgiFormat,
-    kPicFormat;
+    kPsdFormat, kSgiFormat, kPicFormat, kTgaFormat;
 
 }  // namespace rb::imaging
