@@ -19,7 +19,7 @@ struct PsdBuilder {
     /// One channel: the bytes of all its rows.
     using Plane = std::vector<int>;
 
-    PsdBuilder(unsigned w, unsigned h, int colorMode = 3, unsigned bits = 8)
+    PsdBuilder(std::uint64_t w, std::uint64_t h, int colorMode = 3, std::uint64_t bits = 8)
         : width(w), height(h), mode(colorMode), depth(bits) {}
 
     std::uint64_t version = 1;

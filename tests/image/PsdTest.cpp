@@ -22,12 +22,11 @@ struct Picture {
     const char* name;
     Format format;
     int mode;
-    unsigned depth;
+    std::uint64_t depth;
     unsigned width, height;
     Planes planes;
     Bytes expected;
     bool opacity = false;
-    bool indexed = false;
 };
 
 std::string ramp256() {
@@ -83,9 +82,7 @@ const Picture kPictures[] = {
      3,
      2,
      {{0, 100, 255, 4, 4, 4}},
-     {0, 255, 0, 100, 155, 50, 255, 0, 127, 4, 251, 2, 4, 251, 2, 4, 251, 2},
-     false,
-     true},
+     {0, 255, 0, 100, 155, 50, 255, 0, 127, 4, 251, 2, 4, 251, 2, 4, 251, 2}},
     {"RGB", Format::RGB, 3, 8, 2, 1, {{1, 2}, {11, 12}, {21, 22}}, {1, 11, 21, 2, 12, 22}},
     {"RGB with opacity",
      Format::RGBA,
@@ -194,7 +191,7 @@ PsdBuilder builderOf(const Picture& picture, std::uint64_t version, int compress
     PsdBuilder psd(picture.width, picture.height, picture.mode, picture.depth);
     psd.version = version;
     psd.compression = compression;
-    if (picture.indexed) psd.palette = ramp256();
+    if (picture.mode == 2) psd.palette = ramp256();
     if (picture.opacity) psd.layerCount(-1);
     psd.planes(picture.planes);
     return psd;
