@@ -10,8 +10,10 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace rb::test {
 
@@ -134,11 +136,14 @@ inline RgbaBlock referenceBc7(Block block) {
     for (int end = 0; end < 2 * subsets; ++end) {
         if (endP || (lineP && end % 2 == 0)) p = takeBits(block, place, 1);
         for (std::size_t c = 0; c < 4; ++c) {
+            if (c == 3 && alphaBits == 0) {
+                ends[end][c] = 255;
+                continue;
+            }
             int bits = c == 3 ? alphaBits : colorBits;
             if (endP || lineP) ends[end][c] = ends[end][c] << 1 | p, ++bits;
             ends[end][c] = (ends[end][c] << (8 - bits)) | (ends[end][c] >> (2 * bits - 8));
         }
-        if (alphaBits == 0) ends[end][3] = 255;
     }
     const auto indices = takeIndices(block, place, subsets, partition, indexBits);
     const auto seconds =

@@ -9,6 +9,8 @@
 #include "RenderingBase/host/imaging/BlockRuns.h"
 #include "RenderingBase/host/imaging/BlockWeightsAvx2.h"
 
+#include <array>
+#include <iterator>
 #include <utility>
 
 #if defined(RB_HAS_AVX2_DECODERS)
@@ -93,32 +95,24 @@ RB_AVX2 inline __m256i unquantized(__m256i values, int bits) {
     return isSigned ? _mm256_sign_epi32(wide, values) : wide;
 }
 
-/// The bits above those of an end, word by word: of the ends other than end 0.
-RB_AVX2 inline __m128i bitsAboveOthers(const HalfLayout& layout) {
-    return _mm_setr_epi32(32 - layout.others[0], 32 - layout.others[1], 32 - layout.others[2], 0);
-}
-
+/// Without a branch for each property of the mode: what a mode does not need changes nothing.
 template <bool isSigned>
 RB_AVX2 inline void completeEnds(const HalfLayout& layout, Ends& ends) {
     const __m256i above = _mm256_set1_epi32(32 - layout.bits);
-    if (isSigned || layout.differences) {
-        const __m256i aboveOthers = inBothHalves(bitsAboveOthers(layout));
-        const __m256i base = isSigned ? withSign(ends.first, above) : ends.first;
-        ends.first = _mm256_blend_epi32(base, withSign(ends.first, aboveOthers), 0xf0);
-        ends.second = withSign(ends.second, aboveOthers);
-    }
-    if (layout.differences) {
-        const __m128i base = _mm256_castsi256_si128(ends.first);
-        const __m256i all = inBothHalves(base);
-        // The end itself is no difference.
-        const __m256i others = _mm256_inserti128_si256(_mm256_setzero_si256(), base, 1);
-        ends.first = _mm256_add_epi32(ends.first, others);
-        ends.second = _mm256_add_epi32(ends.second, all);
-        ends.first = isSigned ? withSign(ends.first, above) : withoutSign(ends.first, above);
-        ends.second = isSigned ? withSign(ends.second, above) : withoutSign(ends.second, above);
-    }
-    ends.first = unquantized<isSigned>(ends.first, layout.bits);
-    ends.second = unquantized<isSigned>(ends.second, layout.bits);
+    const __m256i aboveOthers = inBothHalves(
+        _mm_setr_epi32(32 - layout.others[0], 32 - layout.others[1], 32 - layout.others[2], 0));
+    const __m128i base = _mm256_castsi256_si128(ends.first);
+    const __m128i added = _mm_and_si128(base, _mm_set1_epi32(layout.differences ? -1 : 0));
+    const __m256i second =
+        _mm256_add_epi32(withSign(ends.second, aboveOthers), inBothHalves(added));
+    // Only the upper half of the first line: end 0 is no difference.
+    const __m256i first = _mm256_inserti128_si256(
+        _mm256_add_epi32(withSign(ends.first, aboveOthers), inBothHalves(added)), base, 0);
+    const auto wrapped = [above](__m256i words) RB_AVX2 {
+        return isSigned ? withSign(words, above) : withoutSign(words, above);
+    };
+    ends.first = unquantized<isSigned>(wrapped(first), layout.bits);
+    ends.second = unquantized<isSigned>(wrapped(second), layout.bits);
 }
 
 /// A line in both halves: the pairs of ends, 16 bits each, of red, green and blue.

@@ -9,7 +9,7 @@
 
 #include <array>
 #include <bit>
-#include <utility>
+#include <type_traits>
 
 namespace rb::imaging {
 namespace {

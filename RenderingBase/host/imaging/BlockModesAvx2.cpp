@@ -9,7 +9,9 @@
 #include "RenderingBase/host/imaging/BlockRuns.h"
 #include "RenderingBase/host/imaging/BlockWeightsAvx2.h"
 
+#include <array>
 #include <bit>
+#include <utility>
 
 #if defined(RB_HAS_AVX2_DECODERS)
 
