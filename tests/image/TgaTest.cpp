@@ -226,6 +226,7 @@ TEST(TgaReader, maps_may_begin_with_any_index) {
     EXPECT_EQ(pixelsOf(mappedFile(8, {255, 0}, 24, 255, {1, 2, 3, 4, 5, 6}), RGB),
               (Bytes{3, 2, 1, 0, 0, 0}));
     EXPECT_EQ(pixelsOf(mappedFile(8, {255}, 24, 40000, {1, 2, 3}), RGB), (Bytes{0, 0, 0}));
+    EXPECT_EQ(pixelsOf(mappedFile(8, {0}, 24, 0, {}), RGB), (Bytes{0, 0, 0}));
 }
 
 TEST(TgaReader, passes_over_text_and_maps_that_are_not_needed) {

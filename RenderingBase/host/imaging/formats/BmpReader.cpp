@@ -29,8 +29,8 @@
 namespace rb::imaging {
 namespace {
 
-/// RGB of every index.
-using Palette = std::array<std::array<unsigned char, 3>, 256>;
+/// RGB of every index, and a byte that means nothing.
+using Palette = std::array<std::array<unsigned char, 4>, 256>;
 
 /// Indices of 1, 2 or 4 bits, the first one in the highest bits of a byte.
 void unpackIndices(const unsigned char* in, unsigned bits, std::span<unsigned char> out) {
@@ -45,7 +45,9 @@ void unpackIndices(const unsigned char* in, unsigned bits, std::span<unsigned ch
 
 void applyPalette(const Palette& palette, const unsigned char* in, std::size_t pixels,
                   unsigned char* out) {
-    for (std::size_t x = 0; x < pixels; ++x, out += 3) std::memcpy(out, palette[in[x]].data(), 3);
+    // Four bytes are one store; the fourth is the next pixel's, but for the last one.
+    for (std::size_t x = 0; x + 1 < pixels; ++x, out += 3) std::memcpy(out, &palette[in[x]], 4);
+    std::memcpy(out, &palette[in[pixels - 1]], 3);
 }
 
 class BmpReader final : public ImageReader {
@@ -98,7 +100,9 @@ void BmpReader::describeChannels(ImageHeader& header) const {
 std::vector<std::byte> BmpReader::readProfile() {
     constexpr std::uint64_t kLargestProfile = 8 << 20;
     const std::uint64_t bytes = m_header.profileBytes, size = m_source.size();
-    if (bytes > kLargestProfile || bytes > size || m_header.profileBegin > size - bytes) return {};
+    if (bytes == 0 || bytes > kLargestProfile || bytes > size ||
+        m_header.profileBegin > size - bytes)
+        return {};
     std::vector<std::byte> profile(static_cast<std::size_t>(bytes));
     if (m_source.read(m_header.profileBegin, profile.data(), profile.size()) < profile.size())
         return {};
@@ -128,7 +132,7 @@ Palette BmpReader::readPalette() {
         m_source.read(m_header.paletteBegin, stored.data(), m_header.paletteEntries * entryBytes);
     for (std::size_t i = 0; i < got / entryBytes; ++i) {
         const unsigned char* const entry = stored.data() + i * entryBytes;
-        palette[i] = {entry[2], entry[1], entry[0]};
+        palette[i] = {entry[2], entry[1], entry[0], 0};
     }
     return palette;
 }

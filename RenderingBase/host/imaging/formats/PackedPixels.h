@@ -21,7 +21,7 @@ inline constexpr ChannelMasks kFiveBits{0x7C00, 0x3E0, 0x1F, 0};
 /// to 8 by v * 255 / (2^n - 1), rounded; one without a mask is 0.
 class PackedPixels {
 public:
-    /// @param bytesPerPixel  2 to 4.
+    /// @param bytesPerPixel  2 or 4; 3 with the masks of `kBlueGreenRed`.
     PackedPixels(unsigned bytesPerPixel, const ChannelMasks& masks);
     PackedPixels() : PackedPixels(3, kBlueGreenRed) {}
 
@@ -36,6 +36,7 @@ private:
         double scale = 0;  // from the number of the channel to 0..255
     };
     bool wholeBytes() const;
+    template <std::size_t Bytes, std::size_t Count>
     void unpackByMasks(const unsigned char* in, std::size_t pixels, unsigned char* out) const;
 
     unsigned m_bytesPerPixel;

@@ -70,8 +70,9 @@ private:
         m_repeats = head > 127;
         if (!m_repeats) return true;
         if (m_input.read(m_run.data(), m_pixelBytes) < m_pixelBytes) return false;
-        for (std::size_t i = m_pixelBytes; i < m_left * m_pixelBytes; ++i)
-            m_run[i] = m_run[i - m_pixelBytes];
+        const std::size_t bytes = m_left * m_pixelBytes;
+        for (std::size_t done = m_pixelBytes; done < bytes; done *= 2)
+            std::memcpy(m_run.data() + done, m_run.data(), std::min(done, bytes - done));
         return true;
     }
 
@@ -104,7 +105,7 @@ private:
     TgaHeader m_header;
     PackedPixels m_packed;             // pixels, or entries of the map
     std::size_t m_channels = 3;        // delivered, a byte each
-    std::vector<unsigned char> m_map;  // delivered pixels of all indices
+    std::vector<unsigned char> m_map;  // delivered pixels of all indices, and a byte
     unsigned char* m_pixels = nullptr;
 };
 
@@ -139,11 +140,12 @@ ReadResult TgaReader::readHeader(ImageHeader& header) {
 
 ReadResult TgaReader::readMap() {
     std::vector<unsigned char> stored(m_header.mapEntries * m_header.mapEntryBytes());
-    if (m_source.read(m_header.mapBegin, stored.data(), stored.size()) < stored.size())
+    if (!stored.empty() &&
+        m_source.read(m_header.mapBegin, stored.data(), stored.size()) < stored.size())
         return refuse("a colour map of " + std::to_string(stored.size()) + " bytes",
                       "the end of the file", "byte " + std::to_string(m_header.mapBegin));
     const std::size_t indices = std::size_t{1} << m_header.bits;
-    m_map.assign(m_channels * indices, 0);
+    m_map.assign(m_channels * indices + 1, 0);
     if (m_channels == 4)
         for (std::size_t i = 3; i < m_map.size(); i += 4) m_map[i] = 255;
     const std::size_t first = std::min<std::size_t>(m_header.mapFirst, indices);
@@ -153,11 +155,14 @@ ReadResult TgaReader::readMap() {
 }
 
 void TgaReader::emitIndexed(const unsigned char* in, unsigned char* out) const {
-    for (std::int64_t x = 0; x < m_header.width; ++x, out += m_channels) {
-        const std::size_t index = m_header.bits == 8 ? in[x] : little16(in + 2 * x);
-        const unsigned char* const entry = m_map.data() + index * m_channels;
-        for (std::size_t c = 0; c < m_channels; ++c) out[c] = entry[c];
-    }
+    const auto width = static_cast<std::size_t>(m_header.width);
+    const auto entryOf = [&](std::size_t x) {
+        return m_map.data() +
+               m_channels * (m_header.bits == 8 ? in[x] : std::size_t{little16(in + 2 * x)});
+    };
+    // Four bytes are one store; the fourth may be the next pixel's, but for the last one.
+    for (std::size_t x = 0; x + 1 < width; ++x, out += m_channels) std::memcpy(out, entryOf(x), 4);
+    std::memcpy(out, entryOf(width - 1), m_channels);
 }
 
 /// Grey as it is stored: a byte, and one for alpha.
