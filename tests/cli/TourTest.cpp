@@ -1,4 +1,5 @@
 #include "tests/cli/RunRba.h"
+#include "tests/cli/TextureFiles.h"
 
 #include <cerrno>
 #include <regex>
@@ -55,7 +56,7 @@ TEST_F(Tour, page_has_every_section_and_none_failed) {
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, pagePath() + "\n");
     const std::string html = page();
-    for (const char* id : {"images", "search", "half"}) {
+    for (const char* id : {"images", "textures", "search", "half"}) {
         EXPECT_EQ(countOf(html, std::string("<section id=\"") + id + "\">"), 1);
         EXPECT_EQ(countOf(html, std::string("href=\"#") + id + "\""), 1);
     }
@@ -68,7 +69,8 @@ TEST_F(Tour, json_has_path_and_sections) {
     EXPECT_EQ(keysOf(json), (std::vector<std::string>{"path", "sections"}));
     EXPECT_EQ(json["path"], pagePath());
     EXPECT_EQ(json["sections"],
-              (Json{"Images from file to pixels", "Where image files are found", "Half floats"}));
+              (Json{"Images from file to pixels", "Texture files: faces, levels, mirror ball",
+                    "Where image files are found", "Half floats"}));
 }
 
 TEST_F(Tour, page_needs_no_other_file) {
@@ -113,6 +115,32 @@ TEST_F(Tour, samples_are_damaged_and_refused) {
 TEST_F(Tour, floating_point_picture_says_that_it_is_clamped) {
     run();
     EXPECT_EQ(countOf(page(), ">clamped to 0–1<"), 1);
+}
+
+TEST_F(Tour, textures_are_listed_drawn_and_damaged) {
+    for (const char* name : {"cube.dds", "cube-mips.dds", "cube-mips.ktx2", "grating-mips.dds"})
+        folder().write(std::string("samples/images/") + name, readFile(sampleImage(name)));
+    folder().write("samples/bad.dds", "no texture");
+    EXPECT_EQ(run().status, 0);
+    const std::string html = page();
+    for (const char* row :
+         {"cube.dds</code></th><td>cube map<br><code>KVRVizCubicEnvMap</code>",
+          "cube-mips.dds</code></th><td>cube map with mip-maps<br>",
+          "cube-mips.ktx2</code></th><td>cube map with mip-maps<br>",
+          "grating-mips.dds</code></th><td>picture with mip-maps<br>",
+          "<code>bad.dds</code></th><td colspan=\"7\">expected a dds file, found "})
+        EXPECT_EQ(countOf(html, row), 1) << row;
+    // Three images, one sheet, and a mirror ball of each dds cube and of six faces.
+    EXPECT_EQ(countOf(html, " alt=\"All faces and levels of images/cube-mips.dds\""), 1);
+    EXPECT_EQ(countOf(html, " alt=\"Mirror ball: "), 3);
+    EXPECT_EQ(countOf(html, "<img "), 7);
+    // Images and textures have a table of damaged files each.
+    EXPECT_EQ(countOf(html, "<code>cube-mips.ktx2</code></th><td>cut "), 2);
+}
+
+TEST_F(Tour, samples_without_textures_are_no_failure) {
+    EXPECT_EQ(run().status, 0);
+    EXPECT_EQ(countOf(page(), "There are no dds or ktx2 files among the samples."), 1);
 }
 
 TEST_F(Tour, search_section_shows_each_place_winning_once) {

@@ -2,6 +2,7 @@
 
 #include "tools/rba/Context.h"
 #include "tools/rba/Images.h"
+#include "tools/rba/Textures.h"
 #include "tools/rba/tour/Files.h"
 
 #include <algorithm>
@@ -28,7 +29,11 @@ constexpr std::array<Damage, 2> kDamages{{
 /// What reading gives: the reason of the refusal, or that there was none.
 std::string outcomeOf(const fs::path& path) {
     try {
-        loadImage(path.string());
+        const std::string kind = kindOf(path);
+        if (kind == "dds" || kind == "ktx2")
+            Texture::load(path.string());
+        else
+            loadImage(path.string());
         return "read all the same";
     } catch (const Failure& failure) {
         return failure.reason();

@@ -51,6 +51,7 @@ std::vector<fs::path> findSamples(const fs::path& folder) {
         std::error_code ignored;
         if (!at->is_regular_file(ignored)) continue;
         const std::string kind = kindOf(at->path());
+        if (kind == "dds") continue;  // in the section of textures
         KVRUnicodeString place;
         const int status = KVRRbaImageServices::FindImageInPaths(
             kImages, KVRUnicodeString("sample." + kind), place, nullptr);

@@ -60,6 +60,7 @@ section > p { max-width: 50em; }
 dt { color: var(--dim); }
 dd { margin: 0; overflow-wrap: anywhere; font-variant-numeric: tabular-nums; }
 .scroll { overflow-x: auto; margin: 14px 0 8px; border: 1px solid var(--line); border-radius: 12px; background: var(--paper); }
+.sheet { width: fit-content; max-width: 100%; }
 table { border-collapse: collapse; width: 100%; font-size: .93rem; }
 th, td { padding: 9px 16px; text-align: left; vertical-align: middle; border-top: 1px solid var(--line); font-weight: 400; }
 thead th { border-top: 0; color: var(--dim); font-size: .84rem; font-weight: 560; white-space: nowrap; }

@@ -1,0 +1,70 @@
+#pragma once
+
+/// @file  Small texture files, and pixels of pictures that the tool wrote.
+
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "RenderingBase/host/modeler/KVRVar.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace rb::test {
+
+inline std::string sampleImage(const std::string& name) {
+    return RB_SOURCE_DIR "/samples/images/" + name;
+}
+
+/// How a dds file says what its texels are: DDS_PIXELFORMAT from its flags on.
+struct DdsTexels {
+    std::uint32_t flags, code, bits;
+    std::array<std::uint32_t, 4> masks;
+};
+inline constexpr DdsTexels kGreyTexels{0x20000, 0, 8, {0xFF, 0, 0, 0}};
+inline constexpr DdsTexels kFloatTexels{0x4, 116, 0, {}};  // D3DFMT_A32B32G32R32F
+
+/// A picture without mip-maps. @p stored is what stands behind the header.
+inline std::string ddsFile(std::uint32_t width, std::uint32_t height, const DdsTexels& texels,
+                           const std::string& stored) {
+    std::string file = "DDS ";
+    const auto add = [&file](std::uint32_t value) {
+        for (int i = 0; i < 4; ++i) file += static_cast<char>(value >> 8 * i);
+    };
+    for (const std::uint32_t value : {124U, 0x1007U, height, width, 0U, 0U, 1U}) add(value);
+    file.append(44, '\0');
+    for (const std::uint32_t value : {32U, texels.flags, texels.code, texels.bits}) add(value);
+    for (const std::uint32_t mask : texels.masks) add(mask);
+    add(0x1000);
+    file.append(16, '\0');
+    return file + stored;
+}
+
+/// Red, green, blue and alpha of the pixels of a picture file.
+class PictureFile {
+public:
+    using Pixel = std::array<int, 4>;
+
+    explicit PictureFile(const std::string& path)
+        : m_image(KVRVar<KVRPixelImage>::Adopt(KVRPixelImage::CreateFromFile(path, 1, 0))) {
+        if (!m_image) return;
+        m_image->ChangeFormat(KVRPixelImageFormat::RGBA);
+        m_image->GetSize(m_width, m_height);
+    }
+    int width() const { return m_width; }  ///< 0 when the file cannot be read.
+    int height() const { return m_height; }
+    /// All -1 outside the picture.
+    Pixel at(int column, int row) const {
+        if (column < 0 || row < 0 || column >= m_width || row >= m_height) return {-1, -1, -1, -1};
+        const auto index = static_cast<std::size_t>(row) * static_cast<std::size_t>(m_width) +
+                           static_cast<std::size_t>(column);
+        const unsigned char* const pixel = m_image->GetPixelsToRead() + 4 * index;
+        return {pixel[0], pixel[1], pixel[2], pixel[3]};
+    }
+
+private:
+    KVRVar<KVRPixelImage> m_image;
+    int m_width = 0, m_height = 0;
+};
+
+}  // namespace rb::test
