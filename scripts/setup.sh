@@ -9,6 +9,7 @@ packages_for_run=(
     libtiff-dev                # tif
     libjpeg62-turbo-dev        # jpg
     libpng-dev                 # png
+    zlib1g-dev                 # compression inside PSD files
     libdeflate-dev             # zip compression where it is faster than the one of the format
     libzstd-dev                # compression inside KTX textures
     libopenexr-dev             # exr
