@@ -24,8 +24,8 @@
 // English Wikipedia.
 //
 // Of the colour spaces only an embedded ICC profile (V5) counts. A profile in a file of its own is
-// not looked for, and primaries with a gamma (V4, LCS_CALIBRATED_RGB) are ignored: programs fill
-// them with zeros as often as with anything useful.
+// not looked for, and primaries with a gamma (V4, LCS_CALIBRATED_RGB) are ignored: a profile would
+// have to be made up from them.
 
 #include "RenderingBase/host/imaging/formats/BmpHeader.h"
 

@@ -75,12 +75,12 @@ bool PackedPixels::wholeBytes() const {
            (m_masks.alpha == 0 || m_masks.alpha == 0xFF000000);
 }
 
-template <std::size_t Bytes, std::size_t Count>
+template <std::size_t Stride, std::size_t Count>
 void PackedPixels::unpackByMasks(const unsigned char* in, std::size_t pixels,
                                  unsigned char* __restrict out) const {
     const std::array<Channel, 4> channels = m_channels;
-    for (std::size_t i = 0; i < pixels; ++i, in += Bytes, out += Count) {
-        const std::uint32_t pixel = Bytes == 2 ? little16(in) : little32(in);
+    for (std::size_t i = 0; i < pixels; ++i, in += Stride, out += Count) {
+        const std::uint32_t pixel = Stride == 2 ? little16(in) : little32(in);
         for (std::size_t c = 0; c < Count; ++c) {
             const std::uint32_t value = (pixel & channels[c].mask) >> channels[c].shift;
             // Never a tie: 2^n - 1 is odd. So a double is exact enough for masks of any width.

@@ -26,7 +26,6 @@ public:
     PackedPixels() : PackedPixels(3, kBlueGreenRed) {}
 
     std::size_t channels() const { return m_masks.alpha ? 4 : 3; }  ///< Also the bytes of a result.
-    std::size_t bytesPerPixel() const { return m_bytesPerPixel; }
     void unpack(const unsigned char* in, std::size_t pixels, unsigned char* out) const;
 
 private:
@@ -36,7 +35,7 @@ private:
         double scale = 0;  // from the number of the channel to 0..255
     };
     bool wholeBytes() const;
-    template <std::size_t Bytes, std::size_t Count>
+    template <std::size_t Stride, std::size_t Count>
     void unpackByMasks(const unsigned char* in, std::size_t pixels, unsigned char* out) const;
 
     unsigned m_bytesPerPixel;

@@ -18,9 +18,9 @@
 // Source: Truevision, "TGA File Format Specification", version 2.0 (1991).
 //
 // Pixels of 32 bits, and of 16 grey ones, have alpha even when the header counts no bits for it and
-// the extension area has a 0: so many programs leave these two at 0 beside a good alpha that other
-// readers do not look at them. Only the explicit 1 and 2 are believed. The spare bit of 16 colour
-// bits is alpha when it is counted.
+// the extension area has a 0: there are programs that leave both at 0 beside a good alpha, and
+// other readers deliver it. Only the explicit 1 and 2 are believed. The spare bit of 16 colour bits
+// is alpha when it is counted.
 
 #include "RenderingBase/host/imaging/formats/TgaHeader.h"
 
