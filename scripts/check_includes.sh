@@ -12,6 +12,8 @@ jpeglib[.]h|jerror[.]h      RenderingBase/host/imaging/formats/Jpeg[A-Za-z]*[.](
 png[.]h                     RenderingBase/host/imaging/formats/Png[A-Za-z]*[.](h|cpp)
 libdeflate[.]h              RenderingBase/host/imaging/formats/(Png|Tiff|Ktx2|Deflate)[A-Za-z]*[.](h|cpp)
 zstd[.]h                    RenderingBase/host/imaging/formats/Ktx2Reader[.]cpp
+libdeflate[.]h              RenderingBase/host/imaging/formats/(Png|Tiff|Deflate)[A-Za-z]*[.](h|cpp)
+zlib[.]h                    RenderingBase/host/imaging/formats/PsdInflate[.]cpp
 Imf[A-Za-z]*[.]h|OpenEXR/.* RenderingBase/host/imaging/formats/Exr[A-Za-z]*[.](h|cpp)
 Iex[.]h|Imath(Box|Vec)[.]h  RenderingBase/host/imaging/formats/Exr[A-Za-z]*[.](h|cpp)
 Imath/half[.]h|half[.]h     RenderingBase/KVRRbaModel.m/src/openexr_half[.]cpp

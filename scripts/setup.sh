@@ -9,6 +9,7 @@ packages_for_run=(
     libtiff-dev                # tif
     libjpeg62-turbo-dev        # jpg
     libpng-dev                 # png
+    zlib1g-dev                 # compression inside PSD files
     libdeflate-dev             # zip compression where it is faster than the one of the format
     libzstd-dev                # compression inside KTX textures
     libopenexr-dev             # exr
@@ -23,6 +24,7 @@ packages_for_test=(
     libgtest-dev               # the tests
     openimageio-tools          # oiiotool makes files and checks ours
     imagemagick                # convert does the same, from other code
+    zstd                       # compressed texture levels of other making
     liblcms2-utils             # transicc converts colours as the expectation
     clang libclang-rt-14-dev   # sanitizers
 )

@@ -12,6 +12,8 @@
 
 #include "RenderingBase/host/imaging/BlockBits.h"
 
+#include <algorithm>
+
 namespace rb::imaging {
 
 /// The eight values of a block, the first in the lowest byte. Mixed values (n + 1) / 7 or (n + 1) /
@@ -27,6 +29,27 @@ inline std::uint64_t eightAlphas(const std::byte* block) {
     }
     for (std::uint32_t i = 1; i < 5; ++i)
         values |= std::uint64_t{((5 - i) * a + i * b + 1) / 5} << 8 * (i + 1);
+    return values | std::uint64_t{255} << 56;
+}
+
+/// The byte for n / parts steps of 1/127: the nearest to (n / (127 parts) + 1) / 2 * 255, halves
+/// up.
+constexpr std::uint64_t byteOfSigned(int n, int parts) {
+    const int doubled = 2 * 255 * (n + 127 * parts);  // in units of 1 / (2 * 254 * parts)
+    return static_cast<std::uint64_t>((doubled + 254 * parts) / (2 * 254 * parts));
+}
+
+/// The same for a block of signed numbers, -127 to 127 for -1 to 1; -128 counts as -127. The values
+/// are delivered as bytes, 0 for -1 and 255 for 1; fractions are exact until then.
+inline std::uint64_t eightSigned(const std::byte* block) {
+    const int a = std::max<int>(-127, static_cast<std::int8_t>(block[0]));
+    const int b = std::max<int>(-127, static_cast<std::int8_t>(block[1]));
+    std::uint64_t values = byteOfSigned(a, 1) | byteOfSigned(b, 1) << 8;
+    if (a > b) {
+        for (int i = 1; i < 7; ++i) values |= byteOfSigned((7 - i) * a + i * b, 7) << 8 * (i + 1);
+        return values;
+    }
+    for (int i = 1; i < 5; ++i) values |= byteOfSigned((5 - i) * a + i * b, 5) << 8 * (i + 1);
     return values | std::uint64_t{255} << 56;
 }
 

@@ -6,30 +6,8 @@
 #include "RenderingBase/host/imaging/BlockAlpha.h"
 #include "RenderingBase/host/imaging/BlockRuns.h"
 
-#include <algorithm>
-
 namespace rb::imaging {
 namespace {
-
-/// The byte for n / parts steps of 1/127: the nearest to (n / (127 parts) + 1) / 2 * 255, halves
-/// up.
-constexpr std::uint64_t byteOfSigned(int n, int parts) {
-    const int doubled = 2 * 255 * (n + 127 * parts);  // in units of 1 / (2 * 254 * parts)
-    return static_cast<std::uint64_t>((doubled + 254 * parts) / (2 * 254 * parts));
-}
-
-/// The eight values of a signed block, as bytes; the first in the lowest one.
-std::uint64_t eightSigned(const std::byte* block) {
-    const int a = std::max<int>(-127, static_cast<std::int8_t>(block[0]));
-    const int b = std::max<int>(-127, static_cast<std::int8_t>(block[1]));
-    std::uint64_t values = byteOfSigned(a, 1) | byteOfSigned(b, 1) << 8;
-    if (a > b) {
-        for (int i = 1; i < 7; ++i) values |= byteOfSigned((7 - i) * a + i * b, 7) << 8 * (i + 1);
-        return values;
-    }
-    for (int i = 1; i < 5; ++i) values |= byteOfSigned((5 - i) * a + i * b, 5) << 8 * (i + 1);
-    return values | std::uint64_t{255} << 56;
-}
 
 using EightValues = std::uint64_t (*)(const std::byte* block);
 

@@ -37,17 +37,25 @@ KVR_EXPORT std::size_t decodedPixelBytes(BlockKind kind) noexcept;
 
 /// Decodes a picture of @p width x @p height pixels into @p pixels.
 ///
-/// @param blocks  The blocks of the picture, row by row: ceil(width / 4) * ceil(height / 4) of
-/// them.
+/// @param blocks  The blocks of the picture, row by row: ceil(width / 4) * ceil(height / 4).
 ///                What a block holds beyond the picture's edges is dropped.
 /// @param pixels  width * height pixels; rows without gaps, top row first. Any alignment.
 ///
-/// Errors: none; every pattern of bits stands for some pixels (a reserved one for black,
-/// transparent where there is alpha). The caller sees to it that both spans have these sizes at
-/// least. Threads: large pictures are decoded on several at once; returns when all is done. May be
-/// called at once on different pixels. Throws std::bad_alloc. Cost: allocates nothing in
-/// proportion.
+/// Errors: none. Every pattern of bits stands for some pixels, a reserved one for black,
+/// transparent where there is alpha. The caller sees to it that both spans have at least these
+/// sizes. Throws std::bad_alloc.
+///
+/// Threads: large pictures are decoded on several at once; the call returns when all is done. May
+/// be called at once on different pixels. Cost: no memory that grows with the picture.
 KVR_EXPORT void decodeBlocks(BlockKind kind, std::span<const std::byte> blocks, std::int64_t width,
                              std::int64_t height, std::span<std::byte> pixels);
 
+namespace detail {
+
+/// What `decodeBlocks` does on processors without AVX2.
+KVR_EXPORT void decodeBlocksPortable(BlockKind kind, std::span<const std::byte> blocks,
+                                     std::int64_t width, std::int64_t height,
+                                     std::span<std::byte> pixels);
+
+}  // namespace detail
 }  // namespace rb::imaging

@@ -26,20 +26,6 @@ using Ends = std::array<int, 16>;  // see HalfValue
 /// Red, green and blue of a pixel, in the lowest 48 bits.
 using HalfPixel = std::uint64_t;
 
-constexpr std::int8_t kReserved = -1;
-
-/// The place in kHalfLayouts for the lowest five bits of a block.
-constexpr std::array<std::int8_t, 32> layoutPlaces() {
-    std::array<std::int8_t, 32> places{};
-    for (std::size_t bits = 0; bits < 32; ++bits) {
-        places[bits] = kReserved;
-        const std::size_t number = (bits & 2) == 0 ? bits & 3 : bits;
-        for (std::size_t i = 0; i < kHalfLayouts.size(); ++i)
-            if (kHalfLayouts[i].number == number) places[bits] = static_cast<std::int8_t>(i);
-    }
-    return places;
-}
-
 constexpr int signExtended(int value, unsigned bits) {
     const int sign = 1 << (bits - 1);
     return (value ^ sign) - sign;
@@ -149,11 +135,10 @@ void decodeTwoLines(const Ends& ends, BlockBits bits, std::byte* pixels, std::si
 template <bool isSigned>
 void decodeRun(const std::byte* blocks, std::size_t count, std::byte* pixels,
                std::size_t rowBytes) {
-    static constexpr auto kPlaces = layoutPlaces();
     for (std::size_t i = 0; i < count; ++i, blocks += 16, pixels += 24) {
         BlockBits bits(blocks);
-        const std::int8_t place = kPlaces[bits.next() & 31];
-        if (place == kReserved) {
+        const std::int8_t place = kHalfLayoutPlaces[bits.next() & 31];
+        if (place == kNoHalfLayout) {
             for (std::size_t row = 0; row < 4; ++row) storeRow(pixels + row * rowBytes, 0, 0, 0, 0);
             continue;
         }

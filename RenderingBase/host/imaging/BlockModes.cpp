@@ -1,56 +1,18 @@
 // BC7: lines of RGBA colours, one for each of one to three subsets of the pixels, and an index a
-// pixel that says where on its line it lies.
-//
-//   0...01             the mode: as many zeros as its number
-//   partition          which division into subsets
-//   rotation           which channel has changed places with alpha
-//   selection          which of two sets of indices is that of the colours
-//   R R.. G G.. B B..  both ends of each subset's line, channel by channel
-//   A A..
-//   p p..              one more bit below all channels of an end, or of both ends of a line
-//   indices            row by row
-//   indices            the second set, for the alpha channel
-//
-// Sources: Khronos Data Format Specification, "BPTC Compressed Texture Image Formats"; Microsoft,
-// "BC7 Format".
+// pixel that says where on its line it lies. See BlockModes.h for the layout.
+
+#include "RenderingBase/host/imaging/BlockModes.h"
 
 #include "RenderingBase/host/imaging/BlockBits.h"
-#include "RenderingBase/host/imaging/BlockPartitions.h"
 #include "RenderingBase/host/imaging/BlockRuns.h"
 #include "RenderingBase/host/imaging/BlockWeights.h"
 
-#include <algorithm>
 #include <array>
 #include <bit>
-#include <utility>
+#include <type_traits>
 
 namespace rb::imaging {
 namespace {
-
-/// The widths of the fields, in bits.
-struct Mode {
-    unsigned subsets;
-    unsigned partition;
-    unsigned rotation;
-    unsigned selection;
-    unsigned color;  ///< One channel of one end.
-    unsigned alpha;
-    unsigned endP;   ///< For each end.
-    unsigned lineP;  ///< For each line.
-    unsigned index;
-    unsigned second;  ///< The second set of indices.
-};
-
-constexpr std::array<Mode, 8> kModes = {{
-    {3, 4, 0, 0, 4, 0, 1, 0, 3, 0},
-    {2, 6, 0, 0, 6, 0, 0, 1, 3, 0},
-    {3, 6, 0, 0, 5, 0, 0, 0, 2, 0},
-    {2, 6, 0, 0, 7, 0, 1, 0, 2, 0},
-    {1, 0, 2, 1, 5, 6, 0, 0, 2, 3},
-    {1, 0, 2, 0, 7, 8, 0, 0, 2, 2},
-    {1, 0, 0, 0, 7, 7, 1, 0, 4, 0},
-    {2, 6, 0, 0, 5, 5, 1, 0, 2, 0},
-}};
 
 /// The ends of a block's lines, two a subset: RGBA, in the order of memory.
 template <unsigned subsets>
@@ -65,7 +27,7 @@ constexpr std::uint32_t byteOf(std::uint32_t value) {
 
 template <std::size_t number>
 Ends<kModes[number].subsets> takeEnds(BlockBits& bits) {
-    constexpr Mode kMode = kModes[number];
+    constexpr BlockMode kMode = kModes[number];
     constexpr unsigned kEnds = 2 * kMode.subsets;
     constexpr unsigned kP = kMode.endP + kMode.lineP;  // bits more
     // A channel of all ends at once.
@@ -110,26 +72,10 @@ void mixColors(std::uint32_t first, std::uint32_t second, std::uint32_t* palette
     }
 }
 
-/// Gives the indices of all pixels the same width.
-template <unsigned subsets, unsigned indexBits>
-std::uint64_t evenIndices(std::uint64_t stored, std::uint32_t partition) {
-    constexpr unsigned kUppermost = indexBits - 1;
-    std::uint64_t indices = withZeroAt(stored, kUppermost);
-    if constexpr (subsets == 2) {
-        const unsigned anchor = kSecondAnchorOfTwo[partition];
-        indices = withZeroAt(indices, anchor * indexBits + kUppermost);
-    } else if constexpr (subsets == 3) {
-        const unsigned b = kSecondAnchorOfThree[partition], c = kThirdAnchorOfThree[partition];
-        indices = withZeroAt(indices, std::min(b, c) * indexBits + kUppermost);
-        indices = withZeroAt(indices, std::max(b, c) * indexBits + kUppermost);
-    }
-    return indices;
-}
-
 /// Modes with one set of indices.
 template <std::size_t number>
 void decodeLines(BlockBits bits, std::byte* pixels, std::size_t rowBytes) {
-    constexpr Mode kMode = kModes[number];
+    constexpr BlockMode kMode = kModes[number];
     const std::uint32_t partition = bits.take(kMode.partition);
     const auto ends = takeEnds<number>(bits);
     constexpr unsigned kMost = (1u << kMode.index) - 1;
@@ -137,9 +83,7 @@ void decodeLines(BlockBits bits, std::byte* pixels, std::size_t rowBytes) {
     for (unsigned i = 0; i < kMode.subsets; ++i)
         mixColors<kMode.index>(ends[2 * i], ends[2 * i + 1], &palette[i << kMode.index]);
     std::uint64_t indices = evenIndices<kMode.subsets, kMode.index>(bits.next(), partition);
-    std::uint32_t subsets = kMode.subsets == 1   ? 0
-                            : kMode.subsets == 2 ? kTwoSubsets[partition]
-                                                 : kThreeSubsets[partition];
+    std::uint32_t subsets = subsetsOfPixels<kMode.subsets>(partition);
     for (unsigned row = 0; row < 4; ++row, pixels += rowBytes) {
         for (unsigned column = 0; column < 4; ++column) {
             const std::size_t entry = (indices & kMost) | (subsets & 3) << kMode.index;
@@ -159,7 +103,7 @@ constexpr std::uint32_t exchanged(std::uint32_t pixel, unsigned shift) {
 /// Modes with one line and two sets of indices: one for three of the channels, one for the fourth.
 template <std::size_t number>
 void decodeTwoSets(BlockBits bits, std::byte* pixels, std::size_t rowBytes) {
-    constexpr Mode kMode = kModes[number];
+    constexpr BlockMode kMode = kModes[number];
     const std::uint32_t rotation = bits.take(kMode.rotation);
     const bool colorIsSecond = bits.take(kMode.selection) != 0;
     auto ends = takeEnds<number>(bits);

@@ -32,4 +32,26 @@ void decodeBc6hSignedRun(const std::byte* blocks, std::size_t count, std::byte* 
 void decodeBc7Run(const std::byte* blocks, std::size_t count, std::byte* pixels,
                   std::size_t rowBytes);
 
+// The same for processors with AVX2; see BlockAvx2.h.
+void decodeBc1RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
+void decodeBc2RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
+void decodeBc3RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
+void decodeBc4RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
+void decodeBc4SignedRunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                            std::size_t rowBytes);
+void decodeBc5RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
+void decodeBc5SignedRunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                            std::size_t rowBytes);
+void decodeBc6hRunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                       std::size_t rowBytes);
+void decodeBc6hSignedRunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                             std::size_t rowBytes);
+void decodeBc7RunAvx2(const std::byte* blocks, std::size_t count, std::byte* pixels,
+                      std::size_t rowBytes);
+
 }  // namespace rb::imaging

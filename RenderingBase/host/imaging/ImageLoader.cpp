@@ -46,6 +46,11 @@ std::span<const ImageFormat> imageFormats() {
         kTiffFormat,
         kExrFormat,
         kHdrFormat,
+        kBmpFormat,
+        kPsdFormat,
+        kSgiFormat,
+        kPicFormat,
+        kTgaFormat,  // last: it has no magic number
     };
     // clang-format on
     return formats;

@@ -77,6 +77,7 @@ inline constexpr std::size_t kHeadBytes = 512;
 /// All formats, in the order in which they are tried.
 std::span<const ImageFormat> imageFormats();
 
-extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat;
+extern const ImageFormat kPngFormat, kJpegFormat, kTiffFormat, kExrFormat, kHdrFormat, kBmpFormat,
+    kPsdFormat, kSgiFormat, kPicFormat, kTgaFormat;
 
 }  // namespace rb::imaging
