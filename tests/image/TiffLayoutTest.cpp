@@ -10,6 +10,7 @@
 #include <limits>
 #include <string>
 #include <vector>
+#include <zlib.h>
 
 namespace {
 
@@ -221,6 +222,27 @@ TEST(TiffLayout, only_the_first_directory_counts) {
     file.replace(next, 4, first.number(file.size(), 4));
     file += other.substr(other.find(first.number(9, 2) + first.number(256, 2)));
     EXPECT_EQ(bytesOf(loadBytes(file), 1, 1, Format::L), Values{0x55});
+}
+
+TEST(TiffLayout, the_last_strip_may_hold_more_rows_than_the_picture) {
+    // Rows that repeat themselves: the stream copies across the end of the picture, in the middle
+    // of a run of the same bytes.
+    constexpr unsigned kWidth = 300, kRowsPerStrip = 8, kHeight = 9;
+    std::string strip;
+    for (unsigned i = 0; i < kWidth * kRowsPerStrip; ++i) strip += static_cast<char>(i % 7 + 1);
+    std::string stream(compressBound(strip.size()), '\0');
+    uLongf length = stream.size();
+    ASSERT_EQ(compress(reinterpret_cast<Bytef*>(stream.data()), &length,
+                       reinterpret_cast<const Bytef*>(strip.data()), strip.size()),
+              Z_OK);
+    stream.resize(length);
+    TiffBuilder tiff(kWidth, kHeight);
+    tiff.set(259, TiffBuilder::kShort, {8}).set(278, TiffBuilder::kLong, {kRowsPerStrip});
+    const Values pixels =
+        bytesOf(loadBytes(tiff.block(stream).block(stream).build()), kWidth, kHeight, Format::L);
+    ASSERT_EQ(pixels.size(), kWidth * kHeight);
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+        ASSERT_EQ(pixels[i], static_cast<int>(i % strip.size() % 7 + 1)) << i;
 }
 
 TEST(TiffLayout, old_style_jpeg_is_decoded) {

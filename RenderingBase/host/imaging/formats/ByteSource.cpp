@@ -10,7 +10,7 @@
 namespace rb::imaging {
 
 std::size_t MemorySource::read(std::uint64_t offset, void* to, std::size_t count) {
-    if (offset >= m_bytes.size()) return 0;
+    if (count == 0 || offset >= m_bytes.size()) return 0;  // to may be null for nothing
     const auto taken = std::min<std::size_t>(count, m_bytes.size() - offset);
     std::memcpy(to, m_bytes.data() + offset, taken);
     return taken;

@@ -16,9 +16,43 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace rb::imaging {
 namespace {
+
+/// Types whose values the library reads by their type alone, whatever size is declared.
+struct FixedType {
+    std::string_view name;
+    std::uint32_t bytes;
+};
+
+constexpr std::array<FixedType, 24> kFixedTypes{{
+    {"box2f", 16},
+    {"box2i", 16},
+    {"chromaticities", 32},
+    {"compression", 1},
+    {"double", 8},
+    {"envmap", 1},
+    {"deepImageState", 1},
+    {"float", 4},
+    {"int", 4},
+    {"keycode", 28},
+    {"lineOrder", 1},
+    {"m33f", 36},
+    {"m33d", 72},
+    {"m44f", 64},
+    {"m44d", 128},
+    {"rational", 8},
+    {"tiledesc", 9},
+    {"timecode", 8},
+    {"v2f", 8},
+    {"v2i", 8},
+    {"v2d", 16},
+    {"v3f", 12},
+    {"v3i", 12},
+    {"v3d", 24},
+}};
 
 class HeaderWalk {
 public:
@@ -42,6 +76,7 @@ private:
     ReadResult content(const std::string& type, std::uint32_t size);
     ReadResult texts(std::uint32_t size);
     ReadResult preview(std::uint32_t size);
+    ReadResult channels(std::uint32_t size);
 
     BufferedSource m_input;
     std::uint64_t m_size;
@@ -89,6 +124,21 @@ ReadResult HeaderWalk::preview(std::uint32_t size) {
     return {};
 }
 
+/// Channels up to an empty name: a name and 16 bytes each.
+ReadResult HeaderWalk::channels(std::uint32_t size) {
+    constexpr std::uint64_t kBehindName = 16;
+    const std::uint64_t start = m_input.position(), stop = start + size;
+    for (std::string channel;;) {
+        if (ReadResult refusal = name(channel)) return refusal;
+        if (channel.empty()) break;
+        m_input.skip(kBehindName);
+    }
+    const std::uint64_t found = m_input.position() - start;
+    if (m_input.position() == stop) return {};
+    return refuse("a list of channels of " + std::to_string(size) + " bytes",
+                  std::to_string(found) + " bytes", placeText(start));
+}
+
 ReadResult HeaderWalk::content(const std::string& type, std::uint32_t size) {
     const std::uint64_t place = m_input.position(), left = m_size - std::min(m_size, place);
     if (size > left)
@@ -96,6 +146,11 @@ ReadResult HeaderWalk::content(const std::string& type, std::uint32_t size) {
                       std::to_string(left) + " bytes", placeText(place));
     if (type == "stringvector") return texts(size);
     if (type == "preview") return preview(size);
+    if (type == "chlist") return channels(size);
+    for (const FixedType& fixed : kFixedTypes)
+        if (type == fixed.name && size != fixed.bytes)
+            return refuse(type + " of " + std::to_string(fixed.bytes) + " bytes",
+                          std::to_string(size) + " bytes", placeText(place));
     m_input.skip(size);
     return {};
 }

@@ -36,8 +36,22 @@ ReadResult TiffBlockDecoder::fault(std::uint32_t block, const char* found) const
                   nameOfBlock(m_directory, block));
 }
 
+/// libdeflate wants room for all that a stream holds: where there is less it stops anywhere before
+/// the end of the room, and the codec library does not tell. A last strip may hold the rows that it
+/// would have in a higher picture, so that is left to zlib. What any other stream holds too much is
+/// damage; the pixels that it costs are 0.
+void TiffBlockDecoder::prepareInflating(std::byte* to, std::size_t bytes) {
+    const bool mayHoldMore = bytes < m_directory.rowBytes() * m_directory.blockHeight;
+    TIFFSetField(m_handle.get(), TIFFTAG_DEFLATE_SUBCODEC,
+                 mayHoldMore ? DEFLATE_SUBCODEC_ZLIB : DEFLATE_SUBCODEC_LIBDEFLATE);
+    std::memset(to, 0, bytes);
+}
+
 ReadResult TiffBlockDecoder::decodeInto(std::uint32_t block, std::byte* to, std::size_t bytes) {
     m_handle.clearComplaint();
+    const std::uint16_t code = m_directory.compression->code;
+    if (code == COMPRESSION_ADOBE_DEFLATE || code == COMPRESSION_DEFLATE)
+        prepareInflating(to, bytes);
     const auto room = static_cast<tmsize_t>(bytes);
     const tmsize_t got = m_directory.tiled ? TIFFReadEncodedTile(m_handle.get(), block, to, room)
                                            : TIFFReadEncodedStrip(m_handle.get(), block, to, room);

@@ -36,6 +36,7 @@ private:
     std::byte* pixelAt(std::uint32_t x, std::uint32_t y) const {
         return m_out + (std::size_t{y} * m_directory.width + x) * m_pixelBytes;
     }
+    void prepareInflating(std::byte* to, std::size_t bytes);
     ReadResult decodeInto(std::uint32_t block, std::byte* to, std::size_t bytes);
     ReadResult decodeByRows(std::uint32_t block, const Area& area);
     ReadResult decodeWhole(std::uint32_t index, const Area& area, std::size_t bytes);
