@@ -70,8 +70,9 @@ Json toJson(const std::string& path, int kind, const Texture& texture) {
 
 int runDds(Context& context, const DdsArguments& arguments) {
     const char* const writer = arguments.sheet.empty() ? nullptr : writerOf(arguments.sheet);
-    const Texture texture = Texture::load(arguments.path);
+    // Before the texture is there: it is read once more for its kind.
     const int kind = KVRRbaImageServices::CheckDDSFormat(frameworkPath(arguments.path));
+    const Texture texture = Texture::load(arguments.path);
     KVRVar<KVRPixelImage> sheet;
     if (writer) {
         sheet = makeSheet(texture);

@@ -84,20 +84,16 @@ Layout layOut(const Texture& texture) {
     return layout;
 }
 
-/// The surface as 8-bit RGBA in the size in which it is shown.
-Image shown(const KVRPixelImage& surface, const Column& column) {
-    const auto refuse = [] {
-        throw Failure("expected memory for a picture of the sheet, found none");
-    };
-    Image picture = Image::Adopt(surface.Duplicate(KVRPixelImageFormat::RGBA));
-    if (!picture) refuse();
+/// The surface in the size in which it is shown, as 8-bit RGBA.
+Image shown(Image surface, const Column& column) {
     int width = 0, height = 0;
-    picture->GetSize(width, height);
-    if (width == column.shownWidth && height == column.shownHeight) return picture;
-    picture = Image::Adopt(picture->CreateZoomedImage(column.shownWidth, column.shownHeight,
-                                                      static_cast<int>(KVRPixelZoom::Filtered)));
-    if (!picture) refuse();
-    return picture;
+    surface->GetSize(width, height);
+    if (width != column.shownWidth || height != column.shownHeight)
+        surface = Image::Adopt(surface->CreateZoomedImage(
+            column.shownWidth, column.shownHeight, static_cast<int>(KVRPixelZoom::Filtered)));
+    if (surface) surface = Image::Adopt(surface->Duplicate(KVRPixelImageFormat::RGBA));
+    if (!surface) throw Failure("expected memory for a picture of the sheet, found none");
+    return surface;
 }
 
 void drawLabels(SheetCanvas& canvas, const Layout& layout, const Texture& texture) {
@@ -129,7 +125,7 @@ KVRVar<KVRPixelImage> makeSheet(const Texture& texture) {
             canvas.fill(column.left, top, column.shownWidth + 2 * kFrame,
                         column.shownHeight + 2 * kFrame, kFrameColor);
             canvas.picture(column.left + kFrame, top + kFrame,
-                           *shown(*texture.surface(face, level).Get(), column).Get());
+                           *shown(texture.surface(face, level), column).Get());
         }
     }
     return canvas.image();

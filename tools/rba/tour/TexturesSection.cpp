@@ -212,8 +212,10 @@ the floor above. Whoever hands over six pictures chooses the order: with the flo
 as F2 the ball stands upright.</p>
 <div class="cards">
 )"_html;
-    for (const Sample& sample : samples)
+    for (const Sample& sample : samples) {
+        InterruptGuard::check();
         if (sample.isDdsCube()) writeBall(input, page, ballOfFile(sample));
+    }
     if (pictures) writeBall(input, page, ballOfFaces(*pictures));
     page << "</div>\n"_html;
 }
