@@ -20,7 +20,7 @@ Imath/half[.]h|half[.]h     RenderingBase/KVRRbaModel.m/src/openexr_half[.]cpp
 lcms2[.]h                   RenderingBase/host/imaging/ColorEngine[.]cpp
 stb/stb_image_resize[.]h    RenderingBase/host/imaging/KVRPixelImageZoom[.]cpp
 glib[.]h                    RenderingBase/host/(base|app)/[A-Za-z]*[.]cpp
-immintrin[.]h|cpuid[.]h     RenderingBase/host/imaging/HalfArrays[A-Za-z]*[.]cpp
+immintrin[.]h|cpuid[.]h     RenderingBase/host/imaging/(HalfArrays|Block)[A-Za-z0-9]*[.](h|cpp)
 CLI/CLI[.]hpp               tools/rba/Precompiled[.]h
 nlohmann/json[.]hpp         tools/rba/Precompiled[.]h
 .*                          (tests|benchmarks)/.*
