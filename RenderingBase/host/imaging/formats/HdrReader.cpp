@@ -19,6 +19,7 @@
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/QuotedText.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
+#include "RenderingBase/host/imaging/formats/SourceWindow.h"
 #include "RenderingBase/host/imaging/formats/XyzColor.h"
 
 #include <algorithm>
@@ -31,39 +32,6 @@
 
 namespace rb::imaging {
 namespace {
-
-/// A window that moves over a source, from the beginning to the end.
-class SourceWindow {
-public:
-    explicit SourceWindow(ByteSource& source) : m_source(source) {}
-
-    /// Tries to have the next @p count bytes (up to kCapacity) in memory; tells whether they exist.
-    bool has(std::size_t count) {
-        if (m_end - m_begin >= count) return true;
-        std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
-        m_end -= m_begin;
-        m_begin = 0;
-        const std::size_t got =
-            m_source.read(m_offset, m_buffer.data() + m_end, m_buffer.size() - m_end);
-        m_offset += got;
-        m_end += got;
-        return m_end >= count;
-    }
-    const unsigned char* data() const { return m_buffer.data() + m_begin; }
-    std::size_t size() const { return m_end - m_begin; }
-    void skip(std::size_t count) { m_begin += count; }
-    /// Where `data` is in the source.
-    std::uint64_t place() const { return m_offset - size(); }
-
-    /// More than a run-length-coded scanline can take, two bytes for each of 4 x 32767.
-    static constexpr std::size_t kCapacity = 512 * 1024;
-
-private:
-    ByteSource& m_source;
-    std::vector<unsigned char> m_buffer = std::vector<unsigned char>(kCapacity);
-    std::size_t m_begin = 0, m_end = 0;
-    std::uint64_t m_offset = 0;
-};
 
 /// One line of the header without its end; false when it is longer than any sensible one.
 bool readLine(SourceWindow& window, std::string& line) {

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace rb::imaging {
 namespace {
@@ -38,7 +39,10 @@ void copy(const unsigned char* in, unsigned char* out, std::size_t run) {
 }  // namespace
 
 PsdPlanes::PsdPlanes(ByteSource& source, const PsdHeader& header)
-    : m_source(&source), m_header(header), m_place(header.dataPlace) {}
+    : m_file(source),
+      m_source(std::in_place, source),
+      m_header(header),
+      m_place(header.dataPlace) {}
 
 ReadResult PsdPlanes::open() {
     if (inRunLengths()) return readCounts();
@@ -66,9 +70,8 @@ ReadResult PsdPlanes::readCounts() {
 }
 
 ReadResult PsdPlanes::inflate() {
-    if (ReadResult refusal = inflatePsdPlanes(*m_source, m_header, m_inflated)) return refusal;
-    m_inflatedSource = std::make_unique<MemorySource>(m_inflated.bytes());
-    m_source = m_inflatedSource.get();
+    if (ReadResult refusal = inflatePsdPlanes(m_file, m_header, m_inflated)) return refusal;
+    m_source.emplace(m_inflatedSource.emplace(m_inflated.bytes()));
     m_place = 0;
     return {};
 }
@@ -85,11 +88,6 @@ std::uint64_t PsdPlanes::placeOf(std::uint32_t channel, std::uint32_t row) const
     for (std::uint32_t c = 0; c < channel; ++c) place += m_planeBytes[c];
     for (std::uint32_t r = 0; r < row; ++r) place += storedBytes(channel, r);
     return place;
-}
-
-std::size_t PsdPlanes::read(std::uint64_t place, void* to, std::size_t count) {
-    const std::lock_guard lock(m_mutex);
-    return m_source->read(place, to, count);
 }
 
 PsdRows::PsdRows(PsdPlanes& planes, std::uint32_t channel, std::uint32_t firstRow)

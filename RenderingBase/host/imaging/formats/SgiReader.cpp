@@ -14,13 +14,14 @@
 // two channels are what the usual programs take them for, grey and alpha.
 
 #include "RenderingBase/host/imaging/ParallelRows.h"
+#include "RenderingBase/host/imaging/formats/FirstRefusal.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/SgiRows.h"
 
 #include <array>
 #include <memory>
-#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace rb::imaging {
@@ -43,7 +44,7 @@ public:
 private:
     ReadResult readPlaces(std::vector<SgiRowPlace>& places);
 
-    SgiSource m_source;
+    SharedSource m_source;
     SgiLayout m_layout;
 };
 
@@ -111,22 +112,16 @@ ReadResult SgiReader::readPixels(std::span<std::byte> pixels) {
     if (m_layout.runLengths)
         if (ReadResult refusal = readPlaces(places)) return refusal;
     auto* const out = reinterpret_cast<Byte*>(pixels.data());
-    std::mutex mutex;
-    // Whichever thread is the first to fail, the row that comes first is named.
-    ReadResult topmost;
-    std::size_t topmostRow = m_layout.height;
+    FirstRefusal refusals;
     forRowSlices(static_cast<std::int64_t>(m_layout.width * m_layout.channels),
                  static_cast<std::int64_t>(m_layout.height),
                  [&](std::int64_t first, std::int64_t end) {
                      SgiRows rows(m_source, m_layout, places);
                      auto row = static_cast<std::size_t>(first);
-                     ReadResult refusal = rows.read(row, static_cast<std::size_t>(end), out);
-                     const std::lock_guard lock(mutex);
-                     if (!refusal || row > topmostRow) return;
-                     topmost = std::move(refusal);
-                     topmostRow = row;
+                     if (ReadResult refusal = rows.read(row, static_cast<std::size_t>(end), out))
+                         refusals.note(row, std::move(refusal));
                  });
-    return topmost;
+    return refusals.result();
 }
 
 bool recognises(std::span<const std::byte> head) { return startsWith(head, "\x01\xDA"); }

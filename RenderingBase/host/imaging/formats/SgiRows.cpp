@@ -97,7 +97,7 @@ std::size_t bandRowsOf(const SgiLayout& layout) {
 
 // The longest useful run-length-coded row has a count before each sample. What a table calls longer
 // is read up to there: many rows may claim the same large part of a file.
-SgiRows::SgiRows(SgiSource& source, const SgiLayout& layout, std::span<const SgiRowPlace> places)
+SgiRows::SgiRows(SharedSource& source, const SgiLayout& layout, std::span<const SgiRowPlace> places)
     : m_source(source),
       m_layout(layout),
       m_places(places),
