@@ -16,8 +16,9 @@
 // rows, from the left, whatever way the picture is turned (of the eight possible ones, "-Y h +X w"
 // is upright; "+X w -Y h" has its columns as scanlines and is delivered h wide and w high).
 
+#include "RenderingBase/host/imaging/formats/Endian.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 #include "RenderingBase/host/imaging/formats/SourceWindow.h"
 #include "RenderingBase/host/imaging/formats/XyzColor.h"
@@ -84,8 +85,8 @@ public:
     ReadResult readPixels(std::span<std::byte> pixels) override;
 
 private:
-    std::string place() const { return "byte " + std::to_string(m_window.place()); }
-    std::string remaining() const { return std::to_string(m_window.size()) + " bytes more"; }
+    std::string place() const { return placeText(m_window.place()); }
+    std::string remaining() const { return bytesText(m_window.size()) + " more"; }
     ReadResult readText();
     ReadResult readScanline();
     ReadResult readComponents();
@@ -154,7 +155,7 @@ ReadResult HdrReader::readScanline() {
     const bool runLengths =
         m_columns >= 8 && m_columns <= 32767 && head[0] == 2 && head[1] == 2 && head[2] < 128;
     if (!runLengths) return readPixelByPixel();
-    const int length = head[2] << 8 | head[3];
+    const std::uint32_t length = big16(head + 2);
     if (length != m_columns)
         return refuse("a scanline of " + std::to_string(m_columns) + " pixels",
                       std::to_string(length), place());
@@ -169,8 +170,7 @@ ReadResult HdrReader::readComponents() {
     const unsigned char* in = m_window.data();
     const unsigned char* const end = in + m_window.size();
     const auto placeOf = [&](const unsigned char* at) {
-        return "byte " +
-               std::to_string(m_window.place() + static_cast<std::uint64_t>(at - m_window.data()));
+        return placeText(m_window.place() + static_cast<std::uint64_t>(at - m_window.data()));
     };
     for (std::size_t component = 0; component < 4; ++component) {
         unsigned char* out = m_scanline.data() + component * columns;
@@ -180,12 +180,11 @@ ReadResult HdrReader::readComponents() {
             const std::size_t count = repeats ? *in - 128U : *in;
             const std::size_t bytes = repeats ? 1 : count;
             if (count == 0 || count > left)
-                return refuse("a run of 1 to " + std::to_string(left) + " bytes",
-                              std::to_string(count), placeOf(in));
+                return refuse("a run of 1 to " + bytesText(left), std::to_string(count),
+                              placeOf(in));
             ++in;
             if (static_cast<std::size_t>(end - in) < bytes)
-                return refuse("a run of " + std::to_string(count) + " bytes", "the end of the file",
-                              placeOf(in));
+                return refuse("a run of " + bytesText(count), "the end of the file", placeOf(in));
             if (repeats)
                 std::memset(out, *in, count);
             else
