@@ -5,7 +5,8 @@
 // hold one zlib stream, which inflates to all rows, a byte with the filter type before each. With
 // the whole stream and room for the whole result at hand, that takes about two thirds of the time.
 //
-// Source: W3C, Portable Network Graphics, 2nd edition (ISO/IEC 15948), clauses 5.3, 7.2, 9, 10, 13.12.
+// Source: W3C, Portable Network Graphics, 2nd edition (ISO/IEC 15948), clauses 5.3, 7.2, 9, 10 and
+// 13.12.
 
 #include "RenderingBase/host/imaging/formats/PngInflate.h"
 
