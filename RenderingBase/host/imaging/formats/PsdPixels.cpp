@@ -113,7 +113,7 @@ void PsdPixels::transformInks(const PsdChannels& channels, Scratch& scratch) con
     } else {
         auto& inks = scratch.narrowed[0];
         inks.resize(4 * m_width);
-        interleaveRows<4>(channels.data(), inks.data(), m_width);
+        interleaveRows(4, channels.data(), inks.data(), m_width);
         m_transform->apply(inks.data(), scratch.bytes.data(), m_width);
     }
 }
