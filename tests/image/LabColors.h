@@ -29,6 +29,23 @@ inline std::array<double, 3> sRgbOfLab(double l, double a, double b) {
     return rgb;
 }
 
+struct LabColor {
+    double l, a, b;
+};
+
+/// White, black, grey and others, all within sRGB.
+inline constexpr std::array<LabColor, 6> kLabColors{
+    {{100, 0, 0}, {0, 0, 0}, {53.59, 0, 0}, {60, 30, 40}, {70, -40, 20}, {40, 10, -50}}};
+
+/// All of @p colors, members L, a and b, one after the other.
+template <typename Colors>
+std::vector<double> sRgbOfAll(const Colors& colors) {
+    std::vector<double> values;
+    for (const auto& [l, a, b] : colors)
+        for (const double value : sRgbOfLab(l, a, b)) values.push_back(value);
+    return values;
+}
+
 inline void expectNear(const std::vector<int>& found, const std::vector<double>& expected,
                        double tolerance) {
     ASSERT_EQ(found.size(), expected.size());

@@ -64,14 +64,11 @@ TEST(PsdColor, inks_without_a_fitting_profile_are_mixed_and_called_srgb) {
 }
 
 TEST(PsdColor, embedded_profile_of_inks_is_used) {
-    std::vector<double> expected, withAlpha;
-    int alpha = 10;
-    for (const cmsCIELab& lab : kPaperAndInks) {
-        for (const double value : sRgbOfLab(lab.L, lab.a, lab.b)) {
-            expected.push_back(value);
-            withAlpha.push_back(value);
-        }
-        withAlpha.push_back(alpha++);
+    const std::vector<double> expected = sRgbOfAll(kPaperAndInks);
+    std::vector<double> withAlpha;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        withAlpha.push_back(expected[i]);
+        if (i % 3 == 2) withAlpha.push_back(10 + static_cast<double>(i / 3));
     }
     for (const unsigned bits : {8U, 16U})
         for (const bool opacity : {false, true}) {
@@ -95,14 +92,7 @@ TEST(PsdColor, embedded_profile_of_inks_is_used) {
 }
 
 TEST(PsdColor, lab_becomes_srgb) {
-    struct Color {
-        double l, a, b;
-    };
-    constexpr Color kColors[] = {{100, 0, 0},  {0, 0, 0},     {53.59, 0, 0},
-                                 {60, 30, 40}, {70, -40, 20}, {40, 10, -50}};
-    std::vector<double> expected;
-    for (const Color& color : kColors)
-        for (const double value : sRgbOfLab(color.l, color.a, color.b)) expected.push_back(value);
+    const std::vector<double> expected = sRgbOfAll(kLabColors);
     for (const unsigned bits : {8U, 16U}) {
         std::vector<PsdBuilder::Plane> planes(3);
         const auto store = [&](std::size_t plane, double value) {
@@ -110,7 +100,7 @@ TEST(PsdColor, lab_becomes_srgb) {
             if (bits == 16) planes[plane].push_back(static_cast<int>(whole >> 8));
             planes[plane].push_back(static_cast<int>(whole & 255));
         };
-        for (const Color& color : kColors) {
+        for (const LabColor& color : kLabColors) {
             store(0, color.l / 100 * (bits == 8 ? 255 : 65535));
             store(1, bits == 8 ? color.a + 128 : (color.a + 128) * 256);
             store(2, bits == 8 ? color.b + 128 : (color.b + 128) * 256);

@@ -56,9 +56,7 @@ TEST(TiffColor, inks_in_planes) {
 
 TEST(TiffColor, embedded_profile_of_inks_is_used) {
     const std::string profile = profileOfInks();
-    std::vector<double> expected;
-    for (const cmsCIELab& lab : kPaperAndInks)
-        for (double value : sRgbOfLab(lab.L, lab.a, lab.b)) expected.push_back(value);
+    const std::vector<double> expected = sRgbOfAll(kPaperAndInks);
     for (const unsigned bits : {8U, 16U}) {
         auto tiff = inks(5, 4, bits);
         tiff.raw(34675, TiffBuilder::kUndefined, static_cast<unsigned>(profile.size()), profile);
@@ -82,21 +80,14 @@ TEST(TiffColor, profile_for_another_colour_space_is_no_help_for_inks) {
 }
 
 TEST(TiffColor, lab_becomes_srgb) {
-    struct Color {
-        double l, a, b;
-    };
-    constexpr Color kColors[] = {{100, 0, 0},  {0, 0, 0},     {53.59, 0, 0},
-                                 {60, 30, 40}, {70, -40, 20}, {40, 10, -50}};
-    std::vector<double> expected;
-    for (const Color& color : kColors)
-        for (double value : sRgbOfLab(color.l, color.a, color.b)) expected.push_back(value);
+    const std::vector<double> expected = sRgbOfAll(kLabColors);
     // 8 is CIE L*a*b* with signed a and b, 9 ICC L*a*b* with an offset.
     for (const unsigned photometric : {8U, 9U})
         for (const unsigned bits : {8U, 16U}) {
             TiffBuilder tiff(6, 1);
             tiff.samples(3, bits).set(262, TiffBuilder::kShort, {photometric});
             std::vector<std::uint64_t> values;
-            for (const Color& color : kColors) {
+            for (const LabColor& color : kLabColors) {
                 const double unit = bits == 8 ? 1 : 256;
                 const double white = bits == 8 ? 255 : photometric == 8 ? 65535 : 65280;
                 const double offset = photometric == 8 ? 0 : bits == 8 ? 128 : 32768;
