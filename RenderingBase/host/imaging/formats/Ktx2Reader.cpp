@@ -14,6 +14,7 @@
 
 #include "RenderingBase/host/imaging/PixelStorage.h"
 #include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/InflatedStream.h"
 #include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 #include "RenderingBase/host/imaging/formats/TextureReader.h"
@@ -21,7 +22,6 @@
 
 #include <array>
 #include <cstring>
-#include <libdeflate.h>
 #include <string>
 #include <vector>
 #include <zstd.h>
@@ -162,16 +162,9 @@ ReadResult Ktx2Reader::inflate(int number) {
     const std::string where = placeText(level.offset);
     if (m_source.read(level.offset, from, length) != length)
         return refuse(bytesText(length), "the end of the file", where);
-    bool isSound = false;
-    if (m_compression == Compression::Zstd) {
-        isSound = ZSTD_decompress(to, wanted, from, length) == wanted;
-    } else {
-        const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)>
-            inflater(libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
-        if (!inflater) throw std::bad_alloc();
-        isSound = libdeflate_zlib_decompress(inflater.get(), from, length, to, wanted, nullptr) ==
-                  LIBDEFLATE_SUCCESS;
-    }
+    const bool isSound = m_compression == Compression::Zstd
+                             ? ZSTD_decompress(to, wanted, from, length) == wanted
+                             : inflateStream(compressed.bytes(), m_inflated.bytes());
     if (!isSound) return refuse("data that inflate to " + bytesText(wanted), "damaged data", where);
     m_inflatedLevel = number;
     return {};

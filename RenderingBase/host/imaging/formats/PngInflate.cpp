@@ -12,6 +12,7 @@
 
 #include "RenderingBase/host/imaging/PixelStorage.h"
 #include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/InflatedStream.h"
 #include "RenderingBase/host/imaging/formats/PngUnfilter.h"
 #include "RenderingBase/host/imaging/formats/SampleRows.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
@@ -19,7 +20,6 @@
 #include <algorithm>
 #include <cstring>
 #include <libdeflate.h>
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -86,16 +86,6 @@ bool unfilterWideRows(const PngRows& rows, const Byte* stored, Byte* out) {
     return true;
 }
 
-bool inflateExactly(std::span<const Byte> data, std::span<std::byte> out) {
-    struct Free {
-        void operator()(libdeflate_decompressor* d) const { libdeflate_free_decompressor(d); }
-    };
-    const std::unique_ptr<libdeflate_decompressor, Free> inflater(libdeflate_alloc_decompressor());
-    return inflater &&
-           libdeflate_zlib_decompress(inflater.get(), data.data(), data.size(), out.data(),
-                                      out.size(), nullptr) == LIBDEFLATE_SUCCESS;
-}
-
 }  // namespace
 
 bool decodePngRows(ByteSource& source, const PngRows& rows, std::span<std::byte> pixels) {
@@ -115,7 +105,7 @@ bool decodePngRows(ByteSource& source, const PngRows& rows, std::span<std::byte>
     if (!gathered) return false;
 
     PixelStorage stored(static_cast<std::size_t>(storedBytes), PixelStorage::Fill::None);
-    if (!inflateExactly({bytes, *gathered}, stored.bytes())) return false;
+    if (!inflateStream(chunks.bytes().first(*gathered), stored.bytes())) return false;
     chunks = PixelStorage();
     const auto* const from = reinterpret_cast<const Byte*>(stored.data());
     auto* const to = reinterpret_cast<Byte*>(pixels.data());
