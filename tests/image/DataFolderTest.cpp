@@ -3,114 +3,16 @@
 
 #include "RenderingBase/host/imaging/KVRMMColorProfile.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
+#include "tests/image/DataFolder.h"
 #include "tests/image/ImageFiles.h"
 #include "tests/support/ForeignPrograms.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <string_view>
 
 namespace rb::test {
 namespace {
-
-struct RealFile {
-    const char* path;  ///< Below the data folder.
-    int width;
-    int height;
-    Format format;
-    float dpi;  ///< 0: the file says nothing.
-};
-
-struct RefusedFile {
-    const char* path;
-    const char* reason;  ///< A part of what is said to have been found or expected.
-};
-
-constexpr Format L = Format::L, RGB = Format::RGB, RGBA = Format::RGBA;
-
-// Sizes, channels and resolutions: from `oiiotool --info -v` and `identify`.
-const RealFile kRealFiles[] = {
-    {"images/exr/openexr-images/GrayRampsDiagonal.exr", 800, 800, Format::L_f16, 0},
-    {"images/exr/openexr-images/t02.exr", 400, 300, Format::RGB_f16, 0},
-    {"images/exr/openexr-images/t07.exr", 400, 300, Format::RGB_f16, 0},
-    {"images/hdr/radiance/mirror_fish.hdr", 128, 124, Format::RGB_f, 0},
-    {"images/jpeg/pillow/exif-72dpi-int.jpg", 500, 450, RGB, 72},
-    {"images/jpeg/pillow/hopper_orientation_2.jpg", 128, 128, RGB, 0},
-    {"images/jpeg/pillow/hopper_orientation_7.jpg", 128, 128, RGB, 0},
-    {"images/jpeg/pillow/junk_jpeg_header.jpg", 1024, 768, RGB, 0},
-    {"images/jpeg/pillow/pil_sample_rgb.jpg", 100, 100, RGB, 72},
-    {"images/jpeg/sharp/Channel_digital_image_CMYK_color_no_profile.jpg", 500, 333, RGB, 0},
-    {"images/png/pillow/icc_profile.png", 57, 57, RGBA, 0},
-    {"images/png/pillow/padded_idat.png", 256, 10, L, 0},
-    {"images/png/pngsuite/PngSuite.png", 256, 256, RGB, 0},
-    {"images/png/pngsuite/basi0g16.png", 32, 32, L, 0},
-    {"images/png/pngsuite/basi3p04.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/basi6a16.png", 32, 32, RGBA, 0},
-    {"images/png/pngsuite/basn0g16.png", 32, 32, L, 0},
-    {"images/png/pngsuite/basn3p04.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/basn6a16.png", 32, 32, RGBA, 0},
-    {"images/png/pngsuite/ccwn2c08.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/cdun2c08.png", 32, 32, RGB, 25.4F},
-    {"images/png/pngsuite/cm9n0g04.png", 32, 32, L, 0},
-    {"images/png/pngsuite/cs8n2c08.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/ctfn0g04.png", 32, 32, L, 0},
-    {"images/png/pngsuite/f00n0g08.png", 32, 32, L, 0},
-    {"images/png/pngsuite/f02n2c08.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/f99n0g04.png", 32, 32, L, 0},
-    {"images/png/pngsuite/g04n2c08.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/g07n0g16.png", 32, 32, L, 0},
-    {"images/png/pngsuite/g10n3p04.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/oi2n2c16.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/pp0n2c16.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/ps2n2c16.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/s03i3p01.png", 3, 3, RGB, 0},
-    {"images/png/pngsuite/s05n3p02.png", 5, 5, RGB, 0},
-    {"images/png/pngsuite/s08i3p02.png", 8, 8, RGB, 0},
-    {"images/png/pngsuite/s32n3p04.png", 32, 32, RGB, 0},
-    {"images/png/pngsuite/s35i3p04.png", 35, 35, RGB, 0},
-    {"images/png/pngsuite/s37n3p04.png", 37, 37, RGB, 0},
-    {"images/png/pngsuite/s40i3p04.png", 40, 40, RGB, 0},
-    {"images/png/pngsuite/tbgn2c16.png", 32, 32, RGBA, 0},
-    {"images/png/pngsuite/tbyn3p08.png", 32, 32, RGBA, 0},
-    {"images/png/pngsuite/tp1n3p08.png", 32, 32, RGBA, 0},
-    {"images/png/pngsuite/z00n2c08.png", 32, 32, RGB, 0},
-    {"images/png/sharp/2x2_fdcce6.png", 2, 2, RGB, 0},
-    {"images/png/sharp/prophoto.png", 1, 1, RGB, 240.00461F},
-    {"images/tiff/oiio/flower-minisblack-24.tif", 73, 43, L, 72},
-    {"images/tiff/oiio/flower-rgb-contig-10.tif", 73, 43, RGB, 72},
-    {"images/tiff/oiio/flower-rgb-planar-16.tif", 73, 43, RGB, 72},
-    {"images/tiff/oiio/off_l16.tif", 333, 225, Format::L_f, 72},
-    {"images/tiff/oiio/zackthecat.tif", 234, 213, RGB, 75},
-    {"images/tiff/pillow/16bit.MM.deflate.tif", 64, 64, L, 72},
-    {"images/tiff/pillow/g4_orientation_5.tif", 88, 590, L, 96},
-    {"images/tiff/pillow/hopper.Lab.tif", 128, 128, RGB, 96},
-    {"images/tiff/pillow/hopper_float_dpi_None.tif", 128, 128, RGB, 72.8F},
-    {"images/tiff/pillow/multipage.tiff", 10, 10, RGB, 0},
-    {"images/tiff/pillow/tiff_strip_cmyk_16l_jpeg.tif", 100, 100, RGB, 72},
-    {"images/tiff/pillow/tiff_tiled_planar_16bit_RGBa.tiff", 100, 40, RGBA, 72},
-};
-
-const RefusedFile kRefusedFiles[] = {
-    {"images/exr/openexr-damaged/"
-     "asan_heap-oob_4cb169_380_4572f174dd4e48b879ca6d516486f30e_exr",
-     "8585616 x 300 pixels"},
-    {"images/exr/openexr-damaged/"
-     "asan_heap-oob_7f35311a1426_780_4871d40882e0fe7fae1427a82319e144_exr",
-     "an attribute of 1073741840 bytes"},
-    {"images/png/pngsuite/xd0n2c08.png", "IHDR"},  // a bit depth of 0
-    {"images/png/pngsuite/xlfn0g04.png", "89 50 4e 47 0a 0a 1a 0a"},
-    {"images/tiff/pillow/crash-0c7e0e8e11ce787078f00b5b0ca409a167f070e0.tif", "2529 bytes"},
-};
-
-/// The path of a file of the data folder; empty when there is no such folder.
-std::string dataFile(const char* path) {
-    const char* const folder = std::getenv("RB_DATA_DIR");
-    return folder && *folder ? std::string(folder) + "/" + path : std::string();
-}
-
-#define RB_NEED_DATA(file) \
-    if ((file).empty()) GTEST_SKIP() << "RB_DATA_DIR does not name the folder of real files"
 
 TEST(DataFolder, files_load_as_other_readers_describe_them) {
     for (const RealFile& real : kRealFiles) {
