@@ -4,6 +4,7 @@
 
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
+#include "tests/image/TextureBuilder.h"
 
 #include <array>
 #include <cstddef>
@@ -21,23 +22,16 @@ struct DdsTexels {
     std::uint32_t flags, code, bits;
     std::array<std::uint32_t, 4> masks;
 };
-inline constexpr DdsTexels kGreyTexels{0x20000, 0, 8, {0xFF, 0, 0, 0}};
-inline constexpr DdsTexels kFloatTexels{0x4, 116, 0, {}};  // D3DFMT_A32B32G32R32F
+inline constexpr DdsTexels kGreyTexels{kMaskedGrey, 0, 8, {0xFF, 0, 0, 0}};
+inline constexpr DdsTexels kFloatTexels{kFourCC, 116, 0, {}};  // D3DFMT_A32B32G32R32F
 
 /// A picture without mip-maps. @p stored is what stands behind the header.
 inline std::string ddsFile(std::uint32_t width, std::uint32_t height, const DdsTexels& texels,
                            const std::string& stored) {
-    std::string file = "DDS ";
-    const auto add = [&file](std::uint32_t value) {
-        for (int i = 0; i < 4; ++i) file += static_cast<char>(value >> 8 * i);
-    };
-    for (const std::uint32_t value : {124U, 0x1007U, height, width, 0U, 0U, 1U}) add(value);
-    file.append(44, '\0');
-    for (const std::uint32_t value : {32U, texels.flags, texels.code, texels.bits}) add(value);
-    for (const std::uint32_t mask : texels.masks) add(mask);
-    add(0x1000);
-    file.append(16, '\0');
-    return file + stored;
+    DdsBuilder dds = masked(texels.flags, texels.bits, texels.masks, width, stored);
+    dds.height = height;
+    dds.fourCC = littleEndian(texels.code, 4);
+    return dds.build();
 }
 
 /// Red, green, blue and alpha of the pixels of a picture file.

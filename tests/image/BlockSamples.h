@@ -4,6 +4,7 @@
 
 #include "RenderingBase/host/imaging/BlockDecoder.h"
 #include "tests/image/ImageFiles.h"
+#include "tests/image/TextureBuilder.h"
 #include "tests/support/ForeignPrograms.h"
 #include "tests/support/TempFolder.h"
 
@@ -76,22 +77,11 @@ struct DdsCode {
 };
 
 inline std::string ddsFile(const DdsCode& code, int width, int height, const std::string& blocks) {
-    std::string file;
-    const auto number = [&file](int value) {
-        for (int i = 0; i < 4; ++i) file += static_cast<char>(value >> 8 * i);
-    };
-    file = "DDS ";
-    for (const int value : {124, 0x81007, height, width, static_cast<int>(blocks.size()), 0, 1})
-        number(value);
-    file.append(44, '\0');
-    for (const int value : {32, 4}) number(value);
-    file += code.fourCharacters;
-    file.append(20, '\0');
-    number(0x1000);
-    file.append(16, '\0');
-    if (code.dxgi)
-        for (const int value : {code.dxgi, 3, 0, 1, 0}) number(value);
-    return file + blocks;
+    DdsBuilder dds =
+        dx10(static_cast<std::uint32_t>(code.dxgi), static_cast<std::uint32_t>(width), blocks);
+    dds.height = static_cast<std::uint32_t>(height);
+    dds.fourCC = code.fourCharacters;
+    return dds.build();
 }
 
 /// The pixels of a .dds file as `oiiotool` decodes it, laid out as those of `decodeBlocks`.

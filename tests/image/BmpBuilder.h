@@ -6,6 +6,8 @@
 ///     file.pixels = bytes({0, 0, 255, 0});  // blue, green, red, filled up to four bytes
 ///     bytesOf(loadBytes(file.build()), 1, 1, Format::RGB);  // {255, 0, 0}
 
+#include "tests/image/FileParts.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -42,19 +44,17 @@ struct BmpFile {
             fill(header);
         }
         if (headerBytes == 40)
-            for (const std::uint32_t mask : masks) append(header, 4, mask);
-        for (const std::uint32_t color : palette) append(header, headerBytes == 12 ? 3 : 4, color);
+            for (const std::uint32_t mask : masks) header += littleEndian(mask, 4);
+        for (const std::uint32_t color : palette)
+            header += littleEndian(color, headerBytes == 12 ? 3 : 4);
         header += behindPalette;
         const std::size_t begin = 14 + header.size();
         if (!profile.empty()) {
             put(header, 112, 4, static_cast<std::uint32_t>(header.size() + pixels.size()));
             put(header, 116, 4, static_cast<std::uint32_t>(profile.size()));
         }
-        std::string file = "BM";
-        append(file, 4, static_cast<std::uint32_t>(begin + pixels.size() + profile.size()));
-        append(file, 4, 0);
-        append(file, 4, pixelsBegin.value_or(static_cast<std::uint32_t>(begin)));
-        return file + header + pixels + profile;
+        return "BM" + littleEndian(begin + pixels.size() + profile.size(), 4) + littleEndian(0, 4) +
+               littleEndian(pixelsBegin.value_or(begin), 4) + header + pixels + profile;
     }
 
 private:
@@ -62,10 +62,6 @@ private:
     static void put(std::string& to, std::size_t at, int count, std::uint32_t value) {
         for (std::size_t i = 0; i < static_cast<std::size_t>(count) && at + i < to.size(); ++i)
             to[at + i] = static_cast<char>(value >> 8 * i);
-    }
-    static void append(std::string& to, int count, std::uint32_t value) {
-        to.resize(to.size() + static_cast<std::size_t>(count));
-        put(to, to.size() - static_cast<std::size_t>(count), count, value);
     }
     void fill(std::string& header) const {
         put(header, 4, 4, static_cast<std::uint32_t>(width));

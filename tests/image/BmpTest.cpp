@@ -1,6 +1,7 @@
 // Windows bitmaps: of other programs, and made by hand.
 
 #include "tests/image/BmpBuilder.h"
+#include "tests/image/FileParts.h"
 #include "tests/image/ImageFiles.h"
 #include "tests/image/WrittenImages.h"
 #include "tests/support/ForeignPrograms.h"
@@ -53,8 +54,7 @@ BmpFile maskedFile(int bits, const std::vector<std::uint32_t>& masks,
     file.storage = 3;
     file.masks = masks;
     file.width = static_cast<int>(pixels.size());
-    for (const std::uint32_t pixel : pixels)
-        for (int i = 0; i < bits / 8; ++i) file.pixels += static_cast<char>(pixel >> 8 * i);
+    for (const std::uint32_t pixel : pixels) file.pixels += littleEndian(pixel, bits / 8);
     file.pixels.resize((file.pixels.size() + 3) / 4 * 4);
     return file;
 }

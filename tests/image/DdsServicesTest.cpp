@@ -4,6 +4,7 @@
 #include "tests/image/TextureBuilder.h"
 #include "tests/support/TempFolder.h"
 
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -52,6 +53,14 @@ int faceAt(const Image& ball, double u, double v) {
         return static_cast<int>(std::lround((place + 1) / 2 * (side - 1)));
     };
     return ball->GetPixelsToRead()[4 * (index(v) * side + index(u))] / 30;
+}
+
+/// Which faces a ball shows below, above, to the right, to the left, far away and on the eye's
+/// side. These are where its normal is half way to a side, along its rim and in its middle.
+std::array<int, 6> facesOf(const Image& ball) {
+    constexpr double kHalfWay = 0.7, kRim = 0.98;
+    return {faceAt(ball, 0, kHalfWay),  faceAt(ball, 0, -kHalfWay), faceAt(ball, kHalfWay, 0),
+            faceAt(ball, -kHalfWay, 0), faceAt(ball, kRim, 0),      faceAt(ball, 0, 0)};
 }
 
 TEST(DdsServices, the_kind_is_that_of_the_texture) {
@@ -107,21 +116,12 @@ TEST(DdsServices, orders_of_bytes_become_rgb_and_rgba) {
               (std::vector<float>{1}));
 }
 
-// A ball shows the right, left, lower and upper side where its normal is half way to them, the
-// eye's side in its middle and the far side along its rim.
-constexpr double kHalfWay = 0.7, kRim = 0.98;
-
 TEST(DdsServices, a_cube_becomes_the_mirror_ball_of_its_faces) {
     const TempFolder folder;
     const Image ball = load(folder, colored(65, 6, 1));
     EXPECT_EQ(sideOf(ball), 65);
     EXPECT_EQ(ball->GetFormat(), Format::RGBA);
-    EXPECT_EQ(faceAt(ball, 0, kHalfWay), 2);
-    EXPECT_EQ(faceAt(ball, 0, -kHalfWay), 3);
-    EXPECT_EQ(faceAt(ball, kHalfWay, 0), 5);
-    EXPECT_EQ(faceAt(ball, -kHalfWay, 0), 4);
-    EXPECT_EQ(faceAt(ball, kRim, 0), 0);
-    EXPECT_EQ(faceAt(ball, 0, 0), 1);
+    EXPECT_EQ(facesOf(ball), (std::array{2, 3, 5, 4, 0, 1}));
 }
 
 TEST(DdsServices, a_cube_with_levels_has_its_faces_in_another_order_and_half_its_size) {
@@ -129,12 +129,7 @@ TEST(DdsServices, a_cube_with_levels_has_its_faces_in_another_order_and_half_its
     const Image ball = load(folder, colored(130, 6, 8));
     EXPECT_EQ(sideOf(ball), 65);
     EXPECT_EQ(ball->GetPixelsToRead()[4 * (32 * 65 + 32) + 1], kLevel1);
-    EXPECT_EQ(faceAt(ball, 0, kHalfWay), 2);
-    EXPECT_EQ(faceAt(ball, 0, -kHalfWay), 3);
-    EXPECT_EQ(faceAt(ball, kHalfWay, 0), 0);
-    EXPECT_EQ(faceAt(ball, -kHalfWay, 0), 1);
-    EXPECT_EQ(faceAt(ball, kRim, 0), 5);
-    EXPECT_EQ(faceAt(ball, 0, 0), 4);
+    EXPECT_EQ(facesOf(ball), (std::array{2, 3, 0, 1, 5, 4}));
 }
 
 TEST(DdsServices, a_file_that_cannot_be_read_gives_null_with_a_reason) {

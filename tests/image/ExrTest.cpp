@@ -1,5 +1,6 @@
 // OpenEXR files: of another program, and with everything the codec library can write.
 
+#include "tests/image/FileParts.h"
 #include "tests/image/ImageFiles.h"
 #include "tests/support/AddressSpace.h"
 #include "tests/support/ForeignPrograms.h"
@@ -129,12 +130,6 @@ std::vector<float> decodedByOiiotool(const TempFolder& folder, const std::string
     runProgram("oiiotool " + shellWord(path) + " -d float --compression none -o " +
                shellWord(plain));
     return floatsOf(loadFile(plain), width, height, Format::RGB_f);
-}
-
-std::string littleEndian(std::uint32_t value) {
-    std::string text;
-    for (int i = 0; i < 4; ++i) text += static_cast<char>(value >> 8 * i);
-    return text;
 }
 
 }  // namespace
@@ -408,8 +403,8 @@ TEST(ExrReader, lines_that_were_never_written_are_refused) {
 TEST(ExrReader, declared_sizes_are_compared_with_the_file) {
     const TempFolder folder;
     const std::string file = contentOf(written(folder, {{"Y", Imf::HALF}}));
-    const std::string window =
-        littleEndian(0) + littleEndian(0) + littleEndian(kWidth - 1) + littleEndian(kHeight - 1);
+    const std::string window = littleEndian(0, 4) + littleEndian(0, 4) +
+                               littleEndian(kWidth - 1, 4) + littleEndian(kHeight - 1, 4);
     const std::size_t dataWindow = file.find(window, file.find("dataWindow"));
     ASSERT_NE(dataWindow, std::string::npos);
     for (const auto& [right, bottom] : {std::pair{65534U, 65534U},
@@ -419,7 +414,7 @@ TEST(ExrReader, declared_sizes_are_compared_with_the_file) {
                                         {6U, 0xFFFFFFF0U},
                                         {20000U, 10000U}}) {
         std::string changed = file;
-        changed.replace(dataWindow + 8, 8, littleEndian(right) + littleEndian(bottom));
+        changed.replace(dataWindow + 8, 8, littleEndian(right, 4) + littleEndian(bottom, 4));
         const long long before = peakAddressSpace();
         EXPECT_NE(refusalOf(changed), "") << right << " x " << bottom;
         EXPECT_LT(peakAddressSpace() - before, 256 << 20) << right << " x " << bottom;
@@ -442,11 +437,11 @@ TEST(ExrReader, attributes_larger_than_the_file_are_refused_without_their_memory
     const std::string file = contentOf(path);
     ASSERT_EQ(refusalOf(file), "");
     for (const std::string& mark :
-         {std::string("comments\0string\0", 16), littleEndian(4) + "efgh"}) {
+         {std::string("comments\0string\0", 16), littleEndian(4, 4) + "efgh"}) {
         std::string changed = file;
         const std::size_t at = file.find(mark);
         ASSERT_NE(at, std::string::npos);
-        changed.replace(mark.size() == 16 ? at + 16 : at, 4, littleEndian(0x7FFFFFFF));
+        changed.replace(mark.size() == 16 ? at + 16 : at, 4, littleEndian(0x7FFFFFFF, 4));
         const long long before = peakAddressSpace();
         EXPECT_NE(refusalOf(changed).find("byte"), std::string::npos);
         EXPECT_LT(peakAddressSpace() - before, 48 << 20);
@@ -486,7 +481,7 @@ TEST(ExrReader, attributes_without_number_are_refused) {
 }
 
 TEST(ExrReader, names_of_attributes_that_do_not_end_are_refused) {
-    const std::string start = std::string("\x76\x2f\x31\x01", 4) + littleEndian(2);
+    const std::string start = std::string("\x76\x2f\x31\x01", 4) + littleEndian(2, 4);
     EXPECT_EQ(refusalOf(start + std::string(200, 'n')),
               "byte 208: expected a header that ends, found the end of the file");
     EXPECT_EQ(refusalOf(start + std::string(400, 'n')),

@@ -160,15 +160,7 @@ TEST(HdrReader, converts_xyz_to_rgb) {
 TEST(HdrReader, reports_what_the_header_says) {
     const TempFolder folder;
     const std::string path = folder.write("a.hdr", picture("-Y 3 +X 9", "no pixels at all"));
-    KVRMMImageProp prop;
-    KVRMMImageSize size;
-    ASSERT_EQ(KVRMMRasterAdministrator::GetInstance()->GetImageInfo(path, prop, size, 0), S_OK);
-    EXPECT_EQ(size.width, 9);
-    EXPECT_EQ(size.height, 3);
-    EXPECT_EQ(size.GetXResolution(), 0);
-    EXPECT_EQ(size.GetResolutionUnit(), 1);
-    EXPECT_EQ(prop.fileFormat, KVRUnicodeString("hdr"));
-    EXPECT_EQ(prop.format, Format::RGB_f);
+    expectInfo(path, 9, 3, "hdr", Format::RGB_f);
 }
 
 TEST(HdrReader, broken_headers_are_refused) {

@@ -25,25 +25,44 @@ inline Image loadFile(const std::string& path) {
     return image;
 }
 
-inline Image tryToLoad(const std::string& file) {
+/// Some formats are only recognised by the extension of @p name.
+inline Image tryToLoad(const std::string& file, const std::string& name = "test") {
     return Image::Adopt(KVRPixelImage::CreateFromMemory(
-        {reinterpret_cast<const std::byte*>(file.data()), file.size()}, "test"));
+        {reinterpret_cast<const std::byte*>(file.data()), file.size()}, name));
 }
 
 /// Reads the bytes of a file; a refusal fails the test with its reason.
-inline Image loadBytes(const std::string& file) {
-    Image image = tryToLoad(file);
+inline Image loadBytes(const std::string& file, const std::string& name = "test") {
+    Image image = tryToLoad(file, name);
     EXPECT_TRUE(image) << KVRLastImageError().Message();
     return image;
 }
 
-/// The message with which the bytes of a file are refused; empty when they are not.
-inline std::string refusalOf(const std::string& file) {
-    if (tryToLoad(file)) return {};
+/// The message with which the last file was refused.
+inline std::string lastRefusal() {
     const KVRImageError& error = KVRLastImageError();
     EXPECT_FALSE(error.expected.empty());
     EXPECT_FALSE(error.found.empty());
     return error.where + ": expected " + error.expected + ", found " + error.found;
+}
+
+/// The message with which the bytes of a file are refused; empty when they are not.
+inline std::string refusalOf(const std::string& file, const std::string& name = "test") {
+    return tryToLoad(file, name) ? std::string() : lastRefusal();
+}
+
+/// What the header of a file tells, of a format that knows no resolution.
+inline void expectInfo(const std::string& path, int width, int height, const char* fileFormat,
+                       Format format) {
+    KVRMMImageProp prop;
+    KVRMMImageSize size;
+    ASSERT_EQ(KVRMMRasterAdministrator::GetInstance()->GetImageInfo(path, prop, size, 0), S_OK);
+    EXPECT_EQ(size.width, width);
+    EXPECT_EQ(size.height, height);
+    EXPECT_EQ(size.GetXResolution(), 0);
+    EXPECT_EQ(size.GetResolutionUnit(), 1);
+    EXPECT_EQ(prop.fileFormat, KVRUnicodeString(fileFormat));
+    EXPECT_EQ(prop.format, format);
 }
 
 /// All pixels as values of one type; none when the image is not @p width x @p height @p format.

@@ -3,6 +3,7 @@
 /// @file  Colour profiles of devices with four inks, for tests.
 
 #include <array>
+#include <cstddef>
 #include <gtest/gtest.h>
 #include <lcms2.h>
 #include <string>
@@ -39,6 +40,21 @@ inline std::string inkProfile(const std::array<cmsCIELab, 16>& nodes) {
     cmsSaveProfileToMem(profile, data.data(), &size);
     cmsCloseProfile(profile);
     return data;
+}
+
+/// Paper, cyan, magenta, yellow and black of a device.
+inline constexpr std::array<cmsCIELab, 5> kPaperAndInks{
+    {{100, 0, 0}, {60, -20, -30}, {50, 40, 0}, {85, 0, 40}, {0, 0, 0}}};
+
+/// The profile of that device. Every mixture with black is black, which keeps black point
+/// compensation out of the numbers.
+inline std::string profileOfInks() {
+    std::array<cmsCIELab, 16> nodes{};
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        nodes[i] = i & 1 ? kPaperAndInks[4] : cmsCIELab{50, 0, 0};
+    nodes[0] = kPaperAndInks[0];
+    for (std::size_t ink = 1; ink <= 3; ++ink) nodes[16 >> ink] = kPaperAndInks[ink];
+    return inkProfile(nodes);
 }
 
 }  // namespace rb::test

@@ -1,6 +1,6 @@
 // KTX2 files put together by hand: formats, levels, faces, compression, damage.
 
-#include "tests/image/PngBuilder.h"
+#include "tests/image/FileParts.h"
 #include "tests/image/TextureBuilder.h"
 #include "tests/support/ForeignPrograms.h"
 #include "tests/support/TempFolder.h"

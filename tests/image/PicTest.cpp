@@ -1,5 +1,6 @@
 // Softimage pictures, made by hand: the programs at hand do not write them.
 
+#include "tests/image/FileParts.h"
 #include "tests/image/ImageFiles.h"
 #include "tests/support/AddressSpace.h"
 #include "tests/support/ForeignPrograms.h"
@@ -24,7 +25,7 @@ struct Packet {
     int coding, mask, bits = 8;
 };
 
-std::string number16(int value) { return bytes({value >> 8, value & 255}); }
+std::string number16(int value) { return bigEndian(static_cast<std::uint64_t>(value), 2); }
 
 std::string header(int width, int height, const std::vector<Packet>& packets, int fields = 3,
                    const std::string& kind = "PICT") {
@@ -211,15 +212,7 @@ TEST(PicReader, reports_what_the_header_says) {
     const TempFolder folder;
     const std::string path =
         folder.write("a.pic", header(9, 3, {{kMixed, kColors}, {kMixed, kAlpha}}));
-    KVRMMImageProp prop;
-    KVRMMImageSize size;
-    ASSERT_EQ(KVRMMRasterAdministrator::GetInstance()->GetImageInfo(path, prop, size, 0), S_OK);
-    EXPECT_EQ(size.width, 9);
-    EXPECT_EQ(size.height, 3);
-    EXPECT_EQ(size.GetXResolution(), 0);
-    EXPECT_EQ(size.GetResolutionUnit(), 1);
-    EXPECT_EQ(prop.fileFormat, KVRUnicodeString("pic"));
-    EXPECT_EQ(prop.format, Format::RGBA);
+    expectInfo(path, 9, 3, "pic", Format::RGBA);
 }
 
 TEST(PicReader, broken_headers_are_refused) {

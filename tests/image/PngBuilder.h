@@ -2,17 +2,12 @@
 
 /// @file  PNG files put together byte by byte, for what no encoder writes.
 
-#include <array>
+#include "tests/image/FileParts.h"
+
 #include <cstdint>
 #include <string>
 
 namespace rb::test {
-
-inline std::string bigEndian(std::uint64_t value, int bytes) {
-    std::string text;
-    for (int i = bytes - 1; i >= 0; --i) text += static_cast<char>(value >> (8 * i) & 0xFF);
-    return text;
-}
 
 /// The check sum of chunks (PNG, annex D), a bit at a time.
 inline std::uint32_t crcOf(const std::string& bytes) {
@@ -26,20 +21,6 @@ inline std::uint32_t crcOf(const std::string& bytes) {
 
 inline std::string chunk(const std::string& type, const std::string& content) {
     return bigEndian(content.size(), 4) + type + content + bigEndian(crcOf(type + content), 4);
-}
-
-/// A zlib stream (RFC 1950) without compression: one stored block, so up to 65535 bytes.
-inline std::string zlibStream(const std::string& bytes) {
-    std::uint32_t a = 1, b = 0;
-    for (const char byte : bytes) {
-        a = (a + static_cast<unsigned char>(byte)) % 65521;
-        b = (b + a) % 65521;
-    }
-    const auto length = static_cast<unsigned>(bytes.size());
-    const std::string little{static_cast<char>(length & 0xFF), static_cast<char>(length >> 8),
-                             static_cast<char>(~length & 0xFF),
-                             static_cast<char>(~length >> 8 & 0xFF)};
-    return "\x78\x01\x01" + little + bytes + bigEndian(b << 16 | a, 4);
 }
 
 /// The parts of a PNG file. A test changes what it is about.

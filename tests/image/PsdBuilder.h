@@ -8,6 +8,8 @@
 ///     psd.compression = 1;
 ///     psd.build();
 
+#include "tests/image/FileParts.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -31,32 +33,27 @@ struct PsdBuilder {
     std::string palette{}, resources{}, layers{};
     std::string data{};  ///< Behind the two bytes of the compression.
 
-    static std::string number(std::uint64_t value, int bytes) {
-        std::string text;
-        for (int i = bytes - 1; i >= 0; --i) text += static_cast<char>(value >> (8 * i) & 0xFF);
-        return text;
-    }
     /// Bytes of those lengths that are longer in a PSB file.
     int longLength() const { return version == 2 ? 8 : 4; }
 
     PsdBuilder& resource(unsigned id, const std::string& content, const std::string& name = {}) {
         std::string pascal = static_cast<char>(name.size()) + name;
         if (pascal.size() % 2) pascal += '\0';
-        resources += "8BIM" + number(id, 2) + pascal + number(content.size(), 4) + content;
+        resources += "8BIM" + bigEndian(id, 2) + pascal + bigEndian(content.size(), 4) + content;
         if (content.size() % 2) resources += '\0';
         return *this;
     }
     /// A section of layers that says how many there are, and more blocks behind it.
     PsdBuilder& layerCount(int count, const std::string& blocks = {}) {
         const std::string info =
-            count ? number(static_cast<std::uint16_t>(count), 2) + std::string(6, '\0') : "";
-        layers = number(info.size(), longLength()) + info + number(0, 4) + blocks;
+            count ? bigEndian(static_cast<std::uint16_t>(count), 2) + std::string(6, '\0') : "";
+        layers = bigEndian(info.size(), longLength()) + info + bigEndian(0, 4) + blocks;
         return *this;
     }
     /// A block behind the layers.
     static std::string block(const std::string& key, const std::string& content,
                              int lengthBytes = 4, const std::string& signature = "8BIM") {
-        return signature + key + number(content.size(), lengthBytes) + content;
+        return signature + key + bigEndian(content.size(), lengthBytes) + content;
     }
     PsdBuilder& bytes(const std::string& content) {
         data = content;
@@ -75,19 +72,20 @@ struct PsdBuilder {
                     row += static_cast<char>(plane[y * rowBytes + x]);
                 if (compression == 1) row = packed(row);
                 if (compression == 3) row = differences(row);
-                counts += number(row.size(), version == 2 ? 4 : 2);
+                counts += bigEndian(row.size(), version == 2 ? 4 : 2);
                 rows += row;
             }
-        data = compression == 1 ? counts + rows : compression >= 2 ? zipped(rows) : rows;
+        data = compression == 1 ? counts + rows : compression >= 2 ? zlibStream(rows) : rows;
         return *this;
     }
 
     std::string build() const {
-        return "8BPS" + number(version, 2) + std::string(6, '\0') + number(channels, 2) +
-               number(height, 4) + number(width, 4) + number(depth, 2) +
-               number(static_cast<std::uint64_t>(mode), 2) + number(palette.size(), 4) + palette +
-               number(resources.size(), 4) + resources + number(layers.size(), longLength()) +
-               layers + number(static_cast<std::uint64_t>(compression), 2) + data;
+        return "8BPS" + bigEndian(version, 2) + std::string(6, '\0') + bigEndian(channels, 2) +
+               bigEndian(height, 4) + bigEndian(width, 4) + bigEndian(depth, 2) +
+               bigEndian(static_cast<std::uint64_t>(mode), 2) + bigEndian(palette.size(), 4) +
+               palette + bigEndian(resources.size(), 4) + resources +
+               bigEndian(layers.size(), longLength()) + layers +
+               bigEndian(static_cast<std::uint64_t>(compression), 2) + data;
     }
 
     /// Runs of one byte by turns as copies and as repetitions, with bytes 128 between: nobody
@@ -107,29 +105,6 @@ struct PsdBuilder {
         return runs;
     }
 
-    /// A zlib stream (RFC 1950) of stored blocks.
-    static std::string zipped(const std::string& bytes) {
-        std::uint32_t a = 1, b = 0;
-        for (const char byte : bytes) {
-            a = (a + static_cast<unsigned char>(byte)) % 65521;
-            b = (b + a) % 65521;
-        }
-        std::string stream = "\x78\x01";
-        constexpr std::size_t kLongest = 65535;
-        std::size_t at = 0;
-        do {
-            const std::string part = bytes.substr(at, kLongest);
-            at += part.size();
-            stream += at == bytes.size() ? '\1' : '\0';
-            for (const std::size_t value : {part.size(), ~part.size()}) {
-                stream += static_cast<char>(value & 0xFF);
-                stream += static_cast<char>(value >> 8 & 0xFF);
-            }
-            stream += part;
-        } while (at < bytes.size());
-        return stream + number(std::uint64_t{b} << 16 | a, 4);
-    }
-
     /// What compression 3 stores of a row.
     std::string differences(const std::string& row) const {
         const auto at = [](const std::string& text, std::size_t i) -> int {
@@ -145,7 +120,7 @@ struct PsdBuilder {
             int last = 0;
             for (std::size_t i = 0; i < row.size(); i += 2) {
                 const int value = at(row, i) << 8 | at(row, i + 1);
-                result += number(static_cast<std::uint16_t>(value - last), 2);
+                result += bigEndian(static_cast<std::uint16_t>(value - last), 2);
                 last = value;
             }
             return result;

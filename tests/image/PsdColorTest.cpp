@@ -2,11 +2,10 @@
 
 #include "tests/image/ImageFiles.h"
 #include "tests/image/InkProfile.h"
+#include "tests/image/LabColors.h"
 #include "tests/image/PsdBuilder.h"
 #include "tests/support/ForeignPrograms.h"
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <lcms2.h>
@@ -18,30 +17,6 @@ namespace {
 using namespace rb::test;
 using Values = std::vector<int>;
 using Profile = KVRVar<KVRMMColorProfile>;
-
-/// CIE Lab (D50) to sRGB by the book: CIE 15, Bradford-adapted IEC 61966-2.1.
-std::array<double, 3> sRgbOfLab(double l, double a, double b) {
-    const auto cube = [](double t) {
-        return t > 6.0 / 29 ? t * t * t : 3 * 36.0 / 841 * (t - 4.0 / 29);
-    };
-    const double fy = (l + 16) / 116;
-    const double x = 0.96422 * cube(fy + a / 500), y = cube(fy), z = 0.82521 * cube(fy - b / 200);
-    std::array<double, 3> rgb{3.1338561 * x - 1.6168667 * y - 0.4906146 * z,
-                              -0.9787684 * x + 1.9161415 * y + 0.0334540 * z,
-                              0.0719453 * x - 0.2289914 * y + 1.4052427 * z};
-    for (double& v : rgb) {
-        const double linear = std::clamp(v, 0.0, 1.0);
-        v = 255 *
-            (linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055);
-    }
-    return rgb;
-}
-
-void expectNear(const Values& found, const std::vector<double>& expected, double tolerance) {
-    ASSERT_EQ(found.size(), expected.size());
-    for (std::size_t i = 0; i < found.size(); ++i)
-        EXPECT_NEAR(found[i], expected[i], tolerance) << i;
-}
 
 std::string bytesOfProfile(const Profile& profile) {
     const auto data = profile->GetData();
@@ -89,28 +64,16 @@ TEST(PsdColor, inks_without_a_fitting_profile_are_mixed_and_called_srgb) {
 }
 
 TEST(PsdColor, embedded_profile_of_inks_is_used) {
-    // Cyan varies slowest in the table. Every mixture with black is black, which keeps black point
-    // compensation out of the numbers.
-    std::array<cmsCIELab, 16> nodes{};
-    for (std::size_t i = 0; i < 16; ++i)
-        nodes[i] = i & 1 ? cmsCIELab{0, 0, 0} : cmsCIELab{50, 0, 0};
-    nodes[0] = {100, 0, 0};     // paper
-    nodes[8] = {60, -20, -30};  // cyan
-    nodes[4] = {50, 40, 0};     // magenta
-    nodes[2] = {85, 0, 40};     // yellow
-    std::vector<double> expected, withAlpha;
-    int alpha = 10;
-    for (const cmsCIELab& lab : {nodes[0], nodes[8], nodes[4], nodes[2], nodes[1]}) {
-        for (const double value : sRgbOfLab(lab.L, lab.a, lab.b)) {
-            expected.push_back(value);
-            withAlpha.push_back(value);
-        }
-        withAlpha.push_back(alpha++);
+    const std::vector<double> expected = sRgbOfAll(kPaperAndInks);
+    std::vector<double> withAlpha;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        withAlpha.push_back(expected[i]);
+        if (i % 3 == 2) withAlpha.push_back(10 + static_cast<double>(i / 3));
     }
     for (const unsigned bits : {8U, 16U})
         for (const bool opacity : {false, true}) {
             PsdBuilder psd(5, 1, 4, bits);
-            psd.resource(1039, inkProfile(nodes));
+            psd.resource(1039, profileOfInks());
             std::vector<PsdBuilder::Plane> planes{
                 row({255, 0, 255, 255, 255}, bits), row({255, 255, 0, 255, 255}, bits),
                 row({255, 255, 255, 0, 255}, bits), row({255, 255, 255, 255, 0}, bits)};
@@ -129,14 +92,7 @@ TEST(PsdColor, embedded_profile_of_inks_is_used) {
 }
 
 TEST(PsdColor, lab_becomes_srgb) {
-    struct Color {
-        double l, a, b;
-    };
-    constexpr Color kColors[] = {{100, 0, 0},  {0, 0, 0},     {53.59, 0, 0},
-                                 {60, 30, 40}, {70, -40, 20}, {40, 10, -50}};
-    std::vector<double> expected;
-    for (const Color& color : kColors)
-        for (const double value : sRgbOfLab(color.l, color.a, color.b)) expected.push_back(value);
+    const std::vector<double> expected = sRgbOfAll(kLabColors);
     for (const unsigned bits : {8U, 16U}) {
         std::vector<PsdBuilder::Plane> planes(3);
         const auto store = [&](std::size_t plane, double value) {
@@ -144,7 +100,7 @@ TEST(PsdColor, lab_becomes_srgb) {
             if (bits == 16) planes[plane].push_back(static_cast<int>(whole >> 8));
             planes[plane].push_back(static_cast<int>(whole & 255));
         };
-        for (const Color& color : kColors) {
+        for (const LabColor& color : kLabColors) {
             store(0, color.l / 100 * (bits == 8 ? 255 : 65535));
             store(1, bits == 8 ? color.a + 128 : (color.a + 128) * 256);
             store(2, bits == 8 ? color.b + 128 : (color.b + 128) * 256);

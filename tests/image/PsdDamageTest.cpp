@@ -128,8 +128,7 @@ TEST(PsdDamage, broken_run_lengths_are_refused) {
         psd.channels = 1;
         psd.compression = 1;
         // The first row is sound.
-        psd.bytes(PsdBuilder::number(2, 2) + PsdBuilder::number(runs.size(), 2) + bytes({253, 1}) +
-                  runs);
+        psd.bytes(bigEndian(2, 2) + bigEndian(runs.size(), 2) + bytes({253, 1}) + runs);
         return refusalOf(psd.build() + "and more");
     };
     EXPECT_EQ(reason(bytes({1, 1, 2, 255, 3})), "");
@@ -160,9 +159,9 @@ TEST(PsdDamage, broken_zlib_streams_are_refused) {
     psd.data = good;
     psd.data[9] = 'x';  // the checksum is another one now
     expectPart(refusalOf(psd.build()), "zlib stream");
-    psd.data = PsdBuilder::zipped("12345");
+    psd.data = zlibStream("12345");
     expectPart(refusalOf(psd.build()), "the end of the zlib stream");
-    psd.data = PsdBuilder::zipped("1234567");
+    psd.data = zlibStream("1234567");
     expectPart(refusalOf(psd.build()), "bytes behind the last row");
     // A dictionary that nobody knows.
     psd.data = bytes({0x78, 0x20, 0, 0, 0, 0}) + std::string(20, 'x');

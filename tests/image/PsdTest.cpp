@@ -275,7 +275,7 @@ TEST(PsdReader, reads_runs_of_any_length) {
     PsdBuilder psd(259, 1, 1);
     psd.channels = 1;
     psd.compression = 1;
-    psd.bytes(PsdBuilder::number(runs.size(), 2) + runs);
+    psd.bytes(bigEndian(runs.size(), 2) + runs);
     EXPECT_EQ(bytesOf(loadBytes(psd.build()), 259, 1, Format::L), expected);
 }
 
@@ -285,8 +285,8 @@ TEST(PsdReader, rows_are_found_by_their_lengths) {
     PsdBuilder psd(2, 2, 1);
     psd.channels = 1;
     psd.compression = 1;
-    psd.bytes(PsdBuilder::number(2 + filling.size(), 2) + PsdBuilder::number(3, 2) +
-              bytes({255, 7}) + filling + bytes({1, 8, 9}));
+    psd.bytes(bigEndian(2 + filling.size(), 2) + bigEndian(3, 2) + bytes({255, 7}) + filling +
+              bytes({1, 8, 9}));
     EXPECT_EQ(bytesOf(loadBytes(psd.build()), 2, 2, Format::L), (Bytes{7, 7, 8, 9}));
 }
 
@@ -322,9 +322,8 @@ TEST(PsdReader, only_the_marked_extra_channel_is_alpha) {
         const Image image = loadBytes(psd.build());
         return image ? image->GetFormat() : Format::None;
     };
-    const auto number = PsdBuilder::number;
-    const std::string minusTwo = number(0xFFFE, 2) + std::string(6, '\0');
-    const std::string two = number(2, 2) + std::string(6, '\0');
+    const std::string minusTwo = bigEndian(0xFFFE, 2) + std::string(6, '\0');
+    const std::string two = bigEndian(2, 2) + std::string(6, '\0');
     EXPECT_EQ(formatWith([](PsdBuilder&) {}), Format::RGB);
     EXPECT_EQ(formatWith([](PsdBuilder& psd) { psd.layerCount(1); }), Format::RGB);
     EXPECT_EQ(formatWith([](PsdBuilder& psd) { psd.layerCount(-1); }), Format::RGBA);
@@ -432,7 +431,7 @@ TEST(PsdReader, file_without_a_merged_picture_is_refused) {
     PsdBuilder psd = redPixel();
     psd.resource(1057, versionInfo(false)).layerCount(3);
     EXPECT_NE(refusalOf(psd.build()).find("only its layers"), std::string::npos);
-    psd.layerCount(0, PsdBuilder::block("Lr16", PsdBuilder::number(1, 2)));
+    psd.layerCount(0, PsdBuilder::block("Lr16", bigEndian(1, 2)));
     EXPECT_NE(refusalOf(psd.build()).find("only its layers"), std::string::npos);
     // Without layers, the picture is all that there is.
     psd.layers.clear();

@@ -1,5 +1,6 @@
 // SGI images: of other programs, and made by hand.
 
+#include "tests/image/FileParts.h"
 #include "tests/image/ImageFiles.h"
 #include "tests/support/AddressSpace.h"
 #include "tests/support/ForeignPrograms.h"
@@ -21,19 +22,13 @@ struct Head {
     int colormap = 0;
 };
 
-std::string number(unsigned long long value, int count) {
-    std::string text;
-    for (int i = count - 1; i >= 0; --i) text += static_cast<char>(value >> (8 * i) & 255);
-    return text;
-}
-
 std::string header(const Head& head) {
-    std::string text = number(474, 2) + bytes({head.storage, head.sampleBytes});
+    std::string text = bigEndian(474, 2) + bytes({head.storage, head.sampleBytes});
     for (const int value : {head.dimensions, head.width, head.height, head.channels})
-        text += number(static_cast<unsigned>(value), 2);
-    text += number(0, 4) + number(head.sampleBytes == 1 ? 255 : 65535, 4) + number(0, 4);
+        text += bigEndian(static_cast<unsigned>(value), 2);
+    text += bigEndian(0, 4) + bigEndian(head.sampleBytes == 1 ? 255 : 65535, 4) + bigEndian(0, 4);
     text += "made by hand" + std::string(68, '\0');
-    text += number(static_cast<unsigned>(head.colormap), 4);
+    text += bigEndian(static_cast<unsigned>(head.colormap), 4);
     return text + std::string(512 - text.size(), '\0');
 }
 
@@ -46,8 +41,8 @@ std::string tables(const std::vector<Place>& places) {
     const unsigned begin = 512 + 8 * static_cast<unsigned>(places.size());
     std::string offsets, lengths;
     for (const Place& place : places) {
-        offsets += number(begin + place.offset, 4);
-        lengths += number(place.length, 4);
+        offsets += bigEndian(begin + place.offset, 4);
+        lengths += bigEndian(place.length, 4);
     }
     return offsets + lengths;
 }
@@ -223,15 +218,7 @@ TEST(SgiReader, reports_what_the_header_says) {
     const TempFolder folder;
     const std::string path =
         folder.write("a.rgba", header({.sampleBytes = 2, .width = 9, .height = 3, .channels = 4}));
-    KVRMMImageProp prop;
-    KVRMMImageSize size;
-    ASSERT_EQ(KVRMMRasterAdministrator::GetInstance()->GetImageInfo(path, prop, size, 0), S_OK);
-    EXPECT_EQ(size.width, 9);
-    EXPECT_EQ(size.height, 3);
-    EXPECT_EQ(size.GetXResolution(), 0);
-    EXPECT_EQ(size.GetResolutionUnit(), 1);
-    EXPECT_EQ(prop.fileFormat, KVRUnicodeString("sgi"));
-    EXPECT_EQ(prop.format, Format::RGBA);
+    expectInfo(path, 9, 3, "sgi", Format::RGBA);
 }
 
 TEST(SgiReader, broken_headers_are_refused) {
@@ -300,8 +287,8 @@ TEST(SgiReader, the_topmost_broken_row_is_named) {
 
 TEST(SgiReader, tables_are_held_against_the_file) {
     const auto reason = [](unsigned offset, unsigned length) {
-        return refusalOf(header({.storage = 1, .width = 4}) + number(offset, 4) +
-                         number(length, 4) + bytes({4, 1, 0}));
+        return refusalOf(header({.storage = 1, .width = 4}) + bigEndian(offset, 4) +
+                         bigEndian(length, 4) + bytes({4, 1, 0}));
     };
     ASSERT_EQ(reason(520, 3), "");
     for (const auto& [offset, length] :

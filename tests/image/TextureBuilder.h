@@ -3,6 +3,7 @@
 /// @file  DDS and KTX files put together byte by byte, and what they become.
 
 #include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
+#include "tests/image/FileParts.h"
 #include "tests/image/ImageFiles.h"
 
 #include <array>
@@ -14,12 +15,6 @@
 namespace rb::test {
 
 using Texture = KVRVar<KVRTexturePixelImage>;
-
-inline std::string littleEndian(std::uint64_t value, int size) {
-    std::string text;
-    for (int i = 0; i < size; ++i) text += static_cast<char>(value >> 8 * i & 0xFF);
-    return text;
-}
 
 inline constexpr std::uint32_t kFourCC = 0x4, kMaskedRgb = 0x40, kMaskedRgba = 0x41,
                                kMaskedGrey = 0x20000, kMaskedGreyAlpha = 0x20001,
@@ -90,9 +85,7 @@ inline Texture loadTexture(const std::string& file) {
 
 /// The message with which the bytes of a file are refused; empty when they are not.
 inline std::string textureRefusalOf(const std::string& file) {
-    if (tryToLoadTexture(file)) return {};
-    const KVRImageError& error = KVRLastImageError();
-    return error.where + ": expected " + error.expected + ", found " + error.found;
+    return tryToLoadTexture(file) ? std::string() : lastRefusal();
 }
 
 inline Image asImage(const Texture& texture) { return Image(texture.Get()); }

@@ -194,10 +194,10 @@ TEST(TgaReader, extension_area_can_say_that_alpha_means_nothing) {
     std::string content = file.build();
     content[22] = 10;
     content[23] = 0;
-    EXPECT_EQ(tryToLoadTga(content)->GetFormat(), RGBA);
+    EXPECT_EQ(tryToLoad(content, kTgaName)->GetFormat(), RGBA);
     content = file.build();
     content[content.size() - 24] = 1;
-    EXPECT_EQ(tryToLoadTga(content)->GetFormat(), RGBA);
+    EXPECT_EQ(tryToLoad(content, kTgaName)->GetFormat(), RGBA);
 }
 
 TEST(TgaReader, reads_maps_of_all_sizes) {

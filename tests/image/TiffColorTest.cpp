@@ -2,10 +2,9 @@
 
 #include "tests/image/ImageFiles.h"
 #include "tests/image/InkProfile.h"
+#include "tests/image/LabColors.h"
 #include "tests/image/TiffBuilder.h"
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <lcms2.h>
@@ -17,35 +16,10 @@ namespace {
 using namespace rb::test;
 using Values = std::vector<int>;
 
-/// CIE Lab (D50) to sRGB by the book: CIE 15, Bradford-adapted IEC 61966-2-1.
-std::array<double, 3> sRgbOfLab(double l, double a, double b) {
-    const auto cube = [](double t) {
-        return t > 6.0 / 29 ? t * t * t : 3 * 36.0 / 841 * (t - 4.0 / 29);
-    };
-    const double fy = (l + 16) / 116;
-    const double x = 0.96422 * cube(fy + a / 500), y = cube(fy), z = 0.82521 * cube(fy - b / 200);
-    const std::array<double, 3> linear{3.1338561 * x - 1.6168667 * y - 0.4906146 * z,
-                                       -0.9787684 * x + 1.9161415 * y + 0.0334540 * z,
-                                       0.0719453 * x - 0.2289914 * y + 1.4052427 * z};
-    std::array<double, 3> result{};
-    std::transform(linear.begin(), linear.end(), result.begin(), [](double v) {
-        const double clamped = std::clamp(v, 0.0, 1.0);
-        return 255 * (clamped <= 0.0031308 ? 12.92 * clamped
-                                           : 1.055 * std::pow(clamped, 1 / 2.4) - 0.055);
-    });
-    return result;
-}
-
 TiffBuilder inks(unsigned width, unsigned samples, unsigned bits = 8) {
     TiffBuilder tiff(width, 1);
     tiff.samples(samples, bits).set(262, TiffBuilder::kShort, {5});
     return tiff;
-}
-
-void expectNear(const Values& found, const std::vector<double>& expected, double tolerance) {
-    ASSERT_EQ(found.size(), expected.size());
-    for (std::size_t i = 0; i < found.size(); ++i)
-        EXPECT_NEAR(found[i], expected[i], tolerance) << i;
 }
 
 }  // namespace
@@ -81,19 +55,8 @@ TEST(TiffColor, inks_in_planes) {
 }
 
 TEST(TiffColor, embedded_profile_of_inks_is_used) {
-    // Cyan varies slowest in the table. Every mixture with black is black, which keeps black point
-    // compensation out of the numbers.
-    std::array<cmsCIELab, 16> nodes{};
-    for (std::size_t i = 0; i < 16; ++i)
-        nodes[i] = i & 1 ? cmsCIELab{0, 0, 0} : cmsCIELab{50, 0, 0};
-    nodes[0] = {100, 0, 0};     // paper
-    nodes[8] = {60, -20, -30};  // cyan
-    nodes[4] = {50, 40, 0};     // magenta
-    nodes[2] = {85, 0, 40};     // yellow
-    const std::string profile = inkProfile(nodes);
-    std::vector<double> expected;
-    for (const cmsCIELab& lab : {nodes[0], nodes[8], nodes[4], nodes[2], nodes[1]})
-        for (double value : sRgbOfLab(lab.L, lab.a, lab.b)) expected.push_back(value);
+    const std::string profile = profileOfInks();
+    const std::vector<double> expected = sRgbOfAll(kPaperAndInks);
     for (const unsigned bits : {8U, 16U}) {
         auto tiff = inks(5, 4, bits);
         tiff.raw(34675, TiffBuilder::kUndefined, static_cast<unsigned>(profile.size()), profile);
@@ -117,21 +80,14 @@ TEST(TiffColor, profile_for_another_colour_space_is_no_help_for_inks) {
 }
 
 TEST(TiffColor, lab_becomes_srgb) {
-    struct Color {
-        double l, a, b;
-    };
-    constexpr Color kColors[] = {{100, 0, 0},  {0, 0, 0},     {53.59, 0, 0},
-                                 {60, 30, 40}, {70, -40, 20}, {40, 10, -50}};
-    std::vector<double> expected;
-    for (const Color& color : kColors)
-        for (double value : sRgbOfLab(color.l, color.a, color.b)) expected.push_back(value);
+    const std::vector<double> expected = sRgbOfAll(kLabColors);
     // 8 is CIE L*a*b* with signed a and b, 9 ICC L*a*b* with an offset.
     for (const unsigned photometric : {8U, 9U})
         for (const unsigned bits : {8U, 16U}) {
             TiffBuilder tiff(6, 1);
             tiff.samples(3, bits).set(262, TiffBuilder::kShort, {photometric});
             std::vector<std::uint64_t> values;
-            for (const Color& color : kColors) {
+            for (const LabColor& color : kLabColors) {
                 const double unit = bits == 8 ? 1 : 256;
                 const double white = bits == 8 ? 255 : photometric == 8 ? 65535 : 65280;
                 const double offset = photometric == 8 ? 0 : bits == 8 ? 128 : 32768;

@@ -137,12 +137,12 @@ void decodeRun(const std::byte* blocks, std::size_t count, std::byte* pixels,
                std::size_t rowBytes) {
     for (std::size_t i = 0; i < count; ++i, blocks += 16, pixels += 24) {
         BlockBits bits(blocks);
-        const std::int8_t place = kHalfLayoutPlaces[bits.next() & 31];
+        const std::size_t place = kHalfLayoutPlaces[bits.next() & 31];
         if (place == kNoHalfLayout) {
             for (std::size_t row = 0; row < 4; ++row) storeRow(pixels + row * rowBytes, 0, 0, 0, 0);
             continue;
         }
-        const HalfLayout& layout = kHalfLayouts[static_cast<std::size_t>(place)];
+        const HalfLayout& layout = kHalfLayouts[place];
         bits.take(layout.number < 2 ? 2 : 5);
         Ends ends = takeEnds(layout, bits);
         completeEnds<isSigned>(layout, ends);

@@ -222,16 +222,15 @@ RB_AVX2 void decodeRun(const std::byte* blocks, std::size_t count, std::byte* pi
     static constexpr auto kTakers = takersOf(std::make_index_sequence<kHalfLayouts.size()>());
     for (std::size_t i = 0; i < count; ++i, blocks += 16, pixels += 24) {
         const Words block{loadWord<std::uint64_t>(blocks), loadWord<std::uint64_t>(blocks + 8)};
-        const std::int8_t place = kHalfLayoutPlaces[block.low & 31];
+        const std::size_t place = kHalfLayoutPlaces[block.low & 31];
         if (place == kNoHalfLayout) {
             // Black, signed or not.
             decodeBc6hRun(blocks, 1, pixels, rowBytes);
             continue;
         }
         Ends ends;
-        kTakers[static_cast<std::size_t>(place)](block, ends);
-        decodeBlock<isSigned>(kHalfLayouts[static_cast<std::size_t>(place)], block, ends, pixels,
-                              rowBytes);
+        kTakers[place](block, ends);
+        decodeBlock<isSigned>(kHalfLayouts[place], block, ends, pixels, rowBytes);
     }
 }
 

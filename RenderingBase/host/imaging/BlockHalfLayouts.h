@@ -106,16 +106,16 @@ inline constexpr std::array<HalfLayout, 14> kHalfLayouts = {{
 }};
 // clang-format on
 
-inline constexpr std::int8_t kNoHalfLayout = -1;
+inline constexpr std::uint8_t kNoHalfLayout = 0xFF;
 
 /// The place in kHalfLayouts for the lowest five bits of a block; kNoHalfLayout for reserved modes.
-inline constexpr std::array<std::int8_t, 32> kHalfLayoutPlaces = [] {
-    std::array<std::int8_t, 32> places{};
+inline constexpr std::array<std::uint8_t, 32> kHalfLayoutPlaces = [] {
+    std::array<std::uint8_t, 32> places{};
     for (std::size_t bits = 0; bits < 32; ++bits) {
         places[bits] = kNoHalfLayout;
         const std::size_t number = (bits & 2) == 0 ? bits & 3 : bits;
         for (std::size_t i = 0; i < kHalfLayouts.size(); ++i)
-            if (kHalfLayouts[i].number == number) places[bits] = static_cast<std::int8_t>(i);
+            if (kHalfLayouts[i].number == number) places[bits] = static_cast<std::uint8_t>(i);
     }
     return places;
 }();

@@ -40,10 +40,7 @@ private:
         return static_cast<int>(sideOfLevel(m_loaded.header.height, level));
     }
     KVRPixelImageFormat format() const { return m_loaded.header.texels.delivered; }
-    PixelStorage take(int face, int level) {
-        return std::move(
-            m_loaded.surfaces[static_cast<std::size_t>(face * m_loaded.header.levels + level)]);
-    }
+    PixelStorage take(int face, int level) { return std::move(m_loaded.surface(face, level)); }
 
     KVRTexturePixelImage* picture(int face) {
         return new KVRTexturePixelImage(width(0), height(0), format(), take(face, 0));

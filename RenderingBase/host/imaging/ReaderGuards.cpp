@@ -1,13 +1,11 @@
 #include "RenderingBase/host/imaging/ReaderGuards.h"
 
 #include "RenderingBase/host/base/KVREnvironment.h"
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <cstdio>
 #include <cstring>
 
 namespace rb::imaging {
@@ -42,11 +40,8 @@ ReadResult afterReading(const ByteSource& source, ReadResult refusal) {
 std::string firstBytes(std::span<const std::byte> head) {
     if (head.empty()) return "an empty file";
     std::string text = "the first bytes";
-    for (std::size_t i = 0; i < std::min<std::size_t>(head.size(), 8); ++i) {
-        std::array<char, 8> hex{};
-        std::snprintf(hex.data(), hex.size(), " %02x", std::to_integer<unsigned>(head[i]));
-        text += hex.data();
-    }
+    for (const std::byte byte : head.first(std::min<std::size_t>(head.size(), 8)))
+        text += ' ' + hexText(std::to_integer<std::uint32_t>(byte), 2);
     return text;
 }
 
@@ -66,9 +61,9 @@ ReadResult checkSize(std::int64_t width, std::int64_t height, std::uint64_t pict
         return refuse("at most " + std::to_string(limit) + " pixels (KVRImagePixelLimit)",
                       dimensions(width, height, pictures));
     if (fileBytes < leastFileBytes)
-        return refuse("at least " + std::to_string(leastFileBytes) + " bytes for " +
-                          dimensions(width, height, pictures),
-                      "a file of " + std::to_string(fileBytes) + " bytes");
+        return refuse(
+            "at least " + bytesText(leastFileBytes) + " for " + dimensions(width, height, pictures),
+            "a file of " + bytesText(fileBytes));
     return {};
 }
 

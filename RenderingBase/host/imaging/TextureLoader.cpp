@@ -33,10 +33,11 @@ std::size_t pixelBytes(const TextureHeader& header, int level) {
 class SurfaceDecoder {
 public:
     SurfaceDecoder(TextureReader& reader, LoadedTexture& texture)
-        : m_reader(reader), m_header(texture.header), m_surfaces(texture.surfaces) {}
+        : m_reader(reader), m_texture(texture), m_header(texture.header) {}
 
     ReadResult decodeAll() {
-        m_surfaces.resize(static_cast<std::size_t>(m_header.faces * m_header.levels));
+        m_texture.surfaces.resize(static_cast<std::size_t>(m_header.faces) *
+                                  static_cast<std::size_t>(m_header.levels));
         for (int level = 0; level < m_header.levels; ++level)
             for (int face = 0; face < m_header.faces; ++face)
                 if (ReadResult refusal = decode(face, level)) return refusal;
@@ -45,8 +46,7 @@ public:
 
 private:
     ReadResult decode(int face, int level) {
-        PixelStorage& surface =
-            m_surfaces[static_cast<std::size_t>(face * m_header.levels + level)];
+        PixelStorage& surface = m_texture.surface(face, level);
         surface = PixelStorage(pixelBytes(m_header, level), PixelStorage::Fill::None);
         if (m_header.texels.isDeliveredAsStored())
             return m_reader.readSurface(face, level, surface.bytes());
@@ -61,8 +61,8 @@ private:
     }
 
     TextureReader& m_reader;
+    LoadedTexture& m_texture;
     const TextureHeader& m_header;
-    std::vector<PixelStorage>& m_surfaces;
     PixelStorage m_stored;  // of the largest surface so far
 };
 

@@ -6,6 +6,7 @@
 #include "RenderingBase/host/imaging/PixelStorage.h"
 #include "RenderingBase/host/imaging/formats/TextureReader.h"
 
+#include <cstddef>
 #include <span>
 #include <vector>
 
@@ -16,6 +17,11 @@ struct LoadedTexture {
     TextureHeader header;
     /// Pixels of `header.texels.delivered`: face by face, of each all levels.
     std::vector<PixelStorage> surfaces;
+
+    PixelStorage& surface(int face, int level) {
+        return surfaces[static_cast<std::size_t>(face) * static_cast<std::size_t>(header.levels) +
+                        static_cast<std::size_t>(level)];
+    }
 };
 
 /// Reads and decodes a texture. The faces together may have as many pixels at level 0 as an image

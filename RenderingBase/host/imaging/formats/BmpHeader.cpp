@@ -29,12 +29,12 @@
 
 #include "RenderingBase/host/imaging/formats/BmpHeader.h"
 
-#include "RenderingBase/host/imaging/formats/LittleEndian.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstdio>
 #include <string>
 
 namespace rb::imaging {
@@ -63,12 +63,6 @@ private:
     std::array<unsigned char, kMost> m_bytes{};
     std::size_t m_read;
 };
-
-std::string inHex(std::uint32_t value) {
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "%08x", static_cast<unsigned>(value));
-    return text.data();
-}
 
 class HeaderParser {
 public:
@@ -121,8 +115,8 @@ ReadResult HeaderParser::readLength() {
                                                              : 0;
     m_header.paletteBegin = kFileHeaderBytes + m_length + masks;
     if (m_fields.bytesRead() < m_header.paletteBegin)
-        return refuse("a header of " + std::to_string(m_length + masks) + " bytes",
-                      "the end of the file", "byte " + std::to_string(m_fields.bytesRead()));
+        return refuse("a header of " + bytesText(m_length + masks), "the end of the file",
+                      placeText(m_fields.bytesRead()));
     m_fields.clearFrom(static_cast<std::size_t>(m_header.paletteBegin));
     return {};
 }
@@ -201,10 +195,10 @@ ReadResult HeaderParser::readMasks() {
         seen |= mask;
     }
     if (!good)
-        return refuse(
-            "a mask of adjacent bits of its own for each channel",
-            inHex(masks[0]) + ' ' + inHex(masks[1]) + ' ' + inHex(masks[2]) + ' ' + inHex(masks[3]),
-            "byte " + std::to_string(kMasksBegin));
+        return refuse("a mask of adjacent bits of its own for each channel",
+                      hexText(masks[0], 8) + ' ' + hexText(masks[1], 8) + ' ' +
+                          hexText(masks[2], 8) + ' ' + hexText(masks[3], 8),
+                      placeText(kMasksBegin));
     m_header.masks = {masks[0], masks[1], masks[2], masks[3]};
     return {};
 }

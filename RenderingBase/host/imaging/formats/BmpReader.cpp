@@ -14,7 +14,7 @@
 #include "RenderingBase/host/imaging/formats/BmpHeader.h"
 #include "RenderingBase/host/imaging/formats/BmpRunLengths.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/LittleEndian.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 #include "RenderingBase/host/imaging/formats/StoredRows.h"
 
@@ -165,8 +165,8 @@ ReadResult BmpReader::readPlainRows() {
     for (std::int64_t stored = 0; stored < m_header.height; ++stored) {
         const unsigned char* row = rows.next();
         if (!row)
-            return refuse("a row of " + std::to_string(m_header.usedRowBytes()) + " bytes",
-                          "the end of the file", "row " + std::to_string(stored));
+            return refuse("a row of " + bytesText(m_header.usedRowBytes()), "the end of the file",
+                          "row " + std::to_string(stored));
         if (!m_header.indexed()) {
             m_packed.unpack(row, width, outputRow(stored));
             continue;

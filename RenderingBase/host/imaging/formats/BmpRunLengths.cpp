@@ -15,6 +15,8 @@
 
 #include "RenderingBase/host/imaging/formats/BmpRunLengths.h"
 
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -29,7 +31,7 @@ BmpRunLengths::BmpRunLengths(ByteSource& source, const BmpHeader& header)
 
 ReadResult BmpRunLengths::endOfFile() const {
     return refuse("run lengths up to the end of the bitmap", "the end of the file",
-                  "byte " + std::to_string(m_input.position()) + ", row " + std::to_string(m_row));
+                  placeText(m_input.position()) + ", row " + std::to_string(m_row));
 }
 
 ReadResult BmpRunLengths::nextRow(std::span<unsigned char> row) {

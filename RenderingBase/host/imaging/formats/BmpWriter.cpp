@@ -15,6 +15,7 @@
 // takes a V5 header.
 
 #include "RenderingBase/host/imaging/formats/ImageWriter.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -122,8 +123,7 @@ void arrangeRow(const unsigned char* in, int width, int channels, unsigned char*
 ReadResult writeBmp(const WritablePicture& picture, std::FILE* file) {
     const Layout layout = layoutFor(picture);
     if (layout.fileBytes() > 0xFFFFFFFFU)
-        return refuse("a picture whose bitmap has less than 4 GiB",
-                      std::to_string(layout.fileBytes()) + " bytes");
+        return refuse("a picture whose bitmap has less than 4 GiB", bytesText(layout.fileBytes()));
     writeBytes(file, headers(picture, layout));
     // Several rows in one go: a narrow picture would be a call of the system a row.
     const std::uint64_t rowsAtOnce = std::max<std::uint64_t>(1, (1 << 18) / layout.rowBytes);

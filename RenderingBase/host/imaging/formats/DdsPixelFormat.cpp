@@ -3,10 +3,9 @@
 #include "RenderingBase/host/imaging/formats/DdsPixelFormat.h"
 
 #include "RenderingBase/host/imaging/formats/DxgiFormats.h"
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 
 #include <bit>
-#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -50,12 +49,6 @@ constexpr std::pair<std::uint32_t, std::uint32_t> kDxgiOfCode[] = {
     {115, 16},
     {116, 2},
 };
-
-std::string hexadecimal(std::uint32_t value) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%x", value);
-    return text;
-}
 
 /// The four letters, or the number when they are none.
 std::string nameOfCode(std::uint32_t code) {
@@ -114,7 +107,7 @@ ReadResult texelsOfMasks(const DdsPixelFormat& format, TexelFormat& texels) {
     std::uint32_t all = 0;
     for (const std::uint32_t mask : masks) {
         if (!isContiguous(mask))
-            return refuse("masks of neighbouring bits", hexadecimal(mask), "byte 92");
+            return refuse("masks of neighbouring bits", "0x" + hexText(mask), "byte 92");
         all |= mask;
     }
     if (all == 0) return refuse("masks of channels", "none", "byte 92");
@@ -142,7 +135,7 @@ ReadResult ddsTexels(const DdsPixelFormat& format, TexelFormat& texels) {
     if (format.flags & kYuv) return refuse("colours", "video (YUV) texels", "byte 80");
     if (format.flags & (kRgb | kLuminance | kAlphaOnly | kSigned))
         return texelsOfMasks(format, texels);
-    return refuse("a known kind of texels", "the flags " + hexadecimal(format.flags), "byte 80");
+    return refuse("a known kind of texels", "the flags 0x" + hexText(format.flags), "byte 80");
 }
 
 }  // namespace rb::imaging

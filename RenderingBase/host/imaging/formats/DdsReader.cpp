@@ -18,6 +18,8 @@
 
 #include "RenderingBase/host/imaging/formats/DdsPixelFormat.h"
 #include "RenderingBase/host/imaging/formats/DxgiFormats.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 #include "RenderingBase/host/imaging/formats/TextureReader.h"
 
@@ -31,14 +33,6 @@ constexpr std::size_t kHeaderBytes = 128, kDx10Bytes = 20;
 
 constexpr std::uint32_t kCube = 0x200, kAllFaces = 0xFC00, kVolume = 0x200000;  // DDS_HEADER
 constexpr std::uint32_t kDx10Volume = 4, kDx10Cube = 4;  // dimension, flag of DDS_HEADER_DXT10
-
-std::uint32_t littleEndian32(const std::byte* at) {
-    std::uint32_t value = 0;
-    for (int i = 3; i >= 0; --i) value = value << 8 | std::to_integer<std::uint32_t>(at[i]);
-    return value;
-}
-
-std::string bytesText(std::uint64_t count) { return std::to_string(count) + " bytes"; }
 
 class DdsReader final : public TextureReader {
 public:
@@ -89,14 +83,14 @@ int DdsReader::levelsThatFit(int declared) const {
 }
 
 ReadResult DdsReader::readDx10Header(Kind& kind) {
-    std::array<std::byte, kDx10Bytes> bytes;
+    std::array<unsigned char, kDx10Bytes> bytes;
     if (m_source.read(kHeaderBytes, bytes.data(), bytes.size()) != bytes.size())
         return refuse("a DX10 header of 20 bytes", "the end of the file", "byte 128");
     m_dataBegin += kDx10Bytes;
-    if (littleEndian32(bytes.data() + 4) == kDx10Volume) kind.isVolume = true;
-    if (littleEndian32(bytes.data() + 8) & kDx10Cube) kind = {kind.isVolume, true, kAllFaces};
-    m_elements = std::max<std::uint64_t>(1, littleEndian32(bytes.data() + 12));
-    return dxgiTexels(littleEndian32(bytes.data()), "byte 128", m_header.texels);
+    if (little32(bytes.data() + 4) == kDx10Volume) kind.isVolume = true;
+    if (little32(bytes.data() + 8) & kDx10Cube) kind = {kind.isVolume, true, kAllFaces};
+    m_elements = std::max<std::uint64_t>(1, little32(bytes.data() + 12));
+    return dxgiTexels(little32(bytes.data()), "byte 128", m_header.texels);
 }
 
 ReadResult DdsReader::setFaces(const Kind& kind) {
@@ -110,10 +104,10 @@ ReadResult DdsReader::setFaces(const Kind& kind) {
 }
 
 ReadResult DdsReader::readHeader(TextureHeader& header) {
-    std::array<std::byte, kHeaderBytes> bytes;
+    std::array<unsigned char, kHeaderBytes> bytes;
     const std::size_t got = m_source.read(0, bytes.data(), bytes.size());
     if (got != bytes.size()) return refuse("a DDS header of 128 bytes", bytesText(got));
-    const auto field = [&](std::size_t place) { return littleEndian32(bytes.data() + place); };
+    const auto field = [&](std::size_t place) { return little32(bytes.data() + place); };
     m_header.height = field(12);
     m_header.width = field(16);
     DdsPixelFormat format{field(80), field(84), field(88), {}};
@@ -138,7 +132,7 @@ ReadResult DdsReader::readSurface(int face, int level, std::span<std::byte> stor
     if (got == stored.size()) return {};
     return refuse(bytesText(stored.size()) + " of face " + std::to_string(face) + ", level " +
                       std::to_string(level),
-                  bytesText(got), "byte " + std::to_string(place));
+                  bytesText(got), placeText(place));
 }
 
 std::unique_ptr<TextureReader> open(ByteSource& source) {

@@ -11,6 +11,8 @@
 #include "RenderingBase/host/imaging/formats/ExrHeaderCheck.h"
 
 #include "RenderingBase/host/imaging/formats/BufferedSource.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 
 #include <algorithm>
 #include <array>
@@ -63,12 +65,10 @@ private:
     ReadResult end() const {
         return refuse("a header that ends", "the end of the file", placeText(m_input.position()));
     }
-    static std::string placeText(std::uint64_t place) { return "byte " + std::to_string(place); }
     bool number(std::uint32_t& value) {
         std::array<unsigned char, 4> bytes{};
         if (m_input.read(bytes.data(), bytes.size()) != bytes.size()) return false;
-        value = 0;
-        for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
+        value = little32(bytes.data());
         return true;
     }
     ReadResult name(std::string& value);
@@ -104,8 +104,7 @@ ReadResult HeaderWalk::texts(std::uint32_t size) {
         const std::uint64_t start = m_input.position();
         if (!number(length)) return end();
         if (m_input.position() > stop || length > stop - m_input.position())
-            return refuse("a text within its attribute", std::to_string(length) + " bytes",
-                          placeText(start));
+            return refuse("a text within its attribute", bytesText(length), placeText(start));
         m_input.skip(length);
     }
     return {};
@@ -135,22 +134,20 @@ ReadResult HeaderWalk::channels(std::uint32_t size) {
     }
     const std::uint64_t found = m_input.position() - start;
     if (m_input.position() == stop) return {};
-    return refuse("a list of channels of " + std::to_string(size) + " bytes",
-                  std::to_string(found) + " bytes", placeText(start));
+    return refuse("a list of channels of " + bytesText(size), bytesText(found), placeText(start));
 }
 
 ReadResult HeaderWalk::content(const std::string& type, std::uint32_t size) {
     const std::uint64_t place = m_input.position(), left = m_size - std::min(m_size, place);
     if (size > left)
-        return refuse("an attribute of " + std::to_string(size) + " bytes",
-                      std::to_string(left) + " bytes", placeText(place));
+        return refuse("an attribute of " + bytesText(size), bytesText(left), placeText(place));
     if (type == "stringvector") return texts(size);
     if (type == "preview") return preview(size);
     if (type == "chlist") return channels(size);
     for (const FixedType& fixed : kFixedTypes)
         if (type == fixed.name && size != fixed.bytes)
-            return refuse(type + " of " + std::to_string(fixed.bytes) + " bytes",
-                          std::to_string(size) + " bytes", placeText(place));
+            return refuse(type + " of " + bytesText(fixed.bytes), bytesText(size),
+                          placeText(place));
     m_input.skip(size);
     return {};
 }

@@ -1,6 +1,6 @@
 #include "RenderingBase/host/imaging/formats/ExrPart.h"
 
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 
 #include <ImfChannelList.h>
 #include <ImfHeader.h>

@@ -1,5 +1,6 @@
 #include "RenderingBase/host/imaging/formats/ExrSizes.h"
 
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 #include <ImfChannelList.h>
@@ -99,8 +100,7 @@ ReadResult checkExrChunks(const Imf::Header& part, std::uint64_t delivered,
                                          saturatedProduct(widthOf(part), bytesOfAPixel));
     const std::uint64_t most = std::max(kAlways, saturatedProduct(4, delivered));
     return bytes <= most ? ReadResult{}
-                         : refuse("chunks of at most " + std::to_string(most) + " bytes",
-                                  std::to_string(bytes) + " bytes");
+                         : refuse("chunks of at most " + bytesText(most), bytesText(bytes));
 }
 
 }  // namespace rb::imaging

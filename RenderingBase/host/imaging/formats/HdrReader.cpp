@@ -16,9 +16,11 @@
 // rows, from the left, whatever way the picture is turned (of the eight possible ones, "-Y h +X w"
 // is upright; "+X w -Y h" has its columns as scanlines and is delivered h wide and w high).
 
+#include "RenderingBase/host/imaging/formats/Endian.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
+#include "RenderingBase/host/imaging/formats/SourceWindow.h"
 #include "RenderingBase/host/imaging/formats/XyzColor.h"
 
 #include <algorithm>
@@ -31,39 +33,6 @@
 
 namespace rb::imaging {
 namespace {
-
-/// A window that moves over a source, from the beginning to the end.
-class SourceWindow {
-public:
-    explicit SourceWindow(ByteSource& source) : m_source(source) {}
-
-    /// Tries to have the next @p count bytes (up to kCapacity) in memory; tells whether they exist.
-    bool has(std::size_t count) {
-        if (m_end - m_begin >= count) return true;
-        std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
-        m_end -= m_begin;
-        m_begin = 0;
-        const std::size_t got =
-            m_source.read(m_offset, m_buffer.data() + m_end, m_buffer.size() - m_end);
-        m_offset += got;
-        m_end += got;
-        return m_end >= count;
-    }
-    const unsigned char* data() const { return m_buffer.data() + m_begin; }
-    std::size_t size() const { return m_end - m_begin; }
-    void skip(std::size_t count) { m_begin += count; }
-    /// Where `data` is in the source.
-    std::uint64_t place() const { return m_offset - size(); }
-
-    /// More than a run-length-coded scanline can take, two bytes for each of 4 x 32767.
-    static constexpr std::size_t kCapacity = 512 * 1024;
-
-private:
-    ByteSource& m_source;
-    std::vector<unsigned char> m_buffer = std::vector<unsigned char>(kCapacity);
-    std::size_t m_begin = 0, m_end = 0;
-    std::uint64_t m_offset = 0;
-};
 
 /// One line of the header without its end; false when it is longer than any sensible one.
 bool readLine(SourceWindow& window, std::string& line) {
@@ -116,8 +85,8 @@ public:
     ReadResult readPixels(std::span<std::byte> pixels) override;
 
 private:
-    std::string place() const { return "byte " + std::to_string(m_window.place()); }
-    std::string remaining() const { return std::to_string(m_window.size()) + " bytes more"; }
+    std::string place() const { return placeText(m_window.place()); }
+    std::string remaining() const { return bytesText(m_window.size()) + " more"; }
     ReadResult readText();
     ReadResult readScanline();
     ReadResult readComponents();
@@ -186,7 +155,7 @@ ReadResult HdrReader::readScanline() {
     const bool runLengths =
         m_columns >= 8 && m_columns <= 32767 && head[0] == 2 && head[1] == 2 && head[2] < 128;
     if (!runLengths) return readPixelByPixel();
-    const int length = head[2] << 8 | head[3];
+    const std::uint32_t length = big16(head + 2);
     if (length != m_columns)
         return refuse("a scanline of " + std::to_string(m_columns) + " pixels",
                       std::to_string(length), place());
@@ -201,8 +170,7 @@ ReadResult HdrReader::readComponents() {
     const unsigned char* in = m_window.data();
     const unsigned char* const end = in + m_window.size();
     const auto placeOf = [&](const unsigned char* at) {
-        return "byte " +
-               std::to_string(m_window.place() + static_cast<std::uint64_t>(at - m_window.data()));
+        return placeText(m_window.place() + static_cast<std::uint64_t>(at - m_window.data()));
     };
     for (std::size_t component = 0; component < 4; ++component) {
         unsigned char* out = m_scanline.data() + component * columns;
@@ -212,12 +180,11 @@ ReadResult HdrReader::readComponents() {
             const std::size_t count = repeats ? *in - 128U : *in;
             const std::size_t bytes = repeats ? 1 : count;
             if (count == 0 || count > left)
-                return refuse("a run of 1 to " + std::to_string(left) + " bytes",
-                              std::to_string(count), placeOf(in));
+                return refuse("a run of 1 to " + bytesText(left), std::to_string(count),
+                              placeOf(in));
             ++in;
             if (static_cast<std::size_t>(end - in) < bytes)
-                return refuse("a run of " + std::to_string(count) + " bytes", "the end of the file",
-                              placeOf(in));
+                return refuse("a run of " + bytesText(count), "the end of the file", placeOf(in));
             if (repeats)
                 std::memset(out, *in, count);
             else

@@ -18,6 +18,7 @@
 #include "RenderingBase/host/imaging/formats/JpegErrors.h"
 #include "RenderingBase/host/imaging/formats/JpegInput.h"
 #include "RenderingBase/host/imaging/formats/JpegMarkers.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 
 #include <algorithm>
 #include <array>
@@ -129,9 +130,9 @@ void JpegReader::onProgress(j_common_ptr common) {
 
 Refusal JpegReader::complaint() const {
     const bool inRows = m_codec.output_scanline > 0;
-    return refuse("a whole JPEG image", m_errors.complaint.data(),
-                  inRows ? "row " + std::to_string(m_codec.output_scanline)
-                         : "byte " + std::to_string(m_input.position()));
+    return refuse(
+        "a whole JPEG image", m_errors.complaint.data(),
+        inRows ? "row " + std::to_string(m_codec.output_scanline) : placeText(m_input.position()));
 }
 
 void JpegReader::open() {

@@ -5,6 +5,7 @@
 
 #include "RenderingBase/host/imaging/formats/ImageWriter.h"
 #include "RenderingBase/host/imaging/formats/JpegErrors.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 
 #include <cmath>
 #include <cstdio>
@@ -33,7 +34,7 @@ public:
         constexpr std::size_t kLargestProfile = 255 * (65533 - 14);
         if (m_picture.profile.size() > kLargestProfile)
             return refuse("a profile of at most 16707345 bytes",
-                          std::to_string(m_picture.profile.size()) + " bytes");
+                          bytesText(m_picture.profile.size()));
         if (!attempt())
             return refuse("a picture that can be written as JPEG", m_errors.complaint.data());
         return {};

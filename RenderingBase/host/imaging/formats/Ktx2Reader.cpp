@@ -13,14 +13,15 @@
 // Source: Khronos, "KTX File Format Specification, version 2.0".
 
 #include "RenderingBase/host/imaging/PixelStorage.h"
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/InflatedStream.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 #include "RenderingBase/host/imaging/formats/TextureReader.h"
 #include "RenderingBase/host/imaging/formats/VulkanFormats.h"
 
 #include <array>
 #include <cstring>
-#include <libdeflate.h>
 #include <string>
 #include <vector>
 #include <zstd.h>
@@ -44,16 +45,6 @@ struct Level {
     std::uint64_t length = 0;
     std::uint64_t inflated = 0;
 };
-
-template <typename Number>
-Number littleEndian(const std::byte* at) {
-    Number value = 0;
-    for (std::size_t i = sizeof value; i-- > 0;)
-        value = value << 8 | std::to_integer<Number>(at[i]);
-    return value;
-}
-
-std::string bytesText(std::uint64_t count) { return std::to_string(count) + " bytes"; }
 
 class Ktx2Reader final : public TextureReader {
 public:
@@ -95,12 +86,10 @@ ReadResult Ktx2Reader::readTexels(std::uint32_t vkFormat) {
 }
 
 ReadResult Ktx2Reader::readFields() {
-    std::array<std::byte, kHeaderBytes> bytes;
+    std::array<unsigned char, kHeaderBytes> bytes;
     const std::size_t got = m_source.read(0, bytes.data(), bytes.size());
     if (got != bytes.size()) return refuse("a KTX header of 80 bytes", bytesText(got));
-    const auto field = [&](std::size_t place) {
-        return littleEndian<std::uint32_t>(bytes.data() + place);
-    };
+    const auto field = [&](std::size_t place) { return little32(bytes.data() + place); };
     m_compression = static_cast<Compression>(field(44));
     if (ReadResult refusal = readTexels(field(12))) return refusal;
     m_header.width = field(20);
@@ -134,20 +123,18 @@ ReadResult Ktx2Reader::checkLevel(const Level& level, int number) const {
                       bytesText(level.length));
     if (saturatedSum(level.offset, level.length) > m_source.size())
         return refuse(bytesText(level.length) + " of " + which,
-                      "a file of " + bytesText(m_source.size()),
-                      "byte " + std::to_string(level.offset));
+                      "a file of " + bytesText(m_source.size()), placeText(level.offset));
     return {};
 }
 
 ReadResult Ktx2Reader::readLevels() {
-    std::vector<std::byte> index(kLevelBytes * static_cast<std::size_t>(m_header.levels));
+    std::vector<unsigned char> index(kLevelBytes * static_cast<std::size_t>(m_header.levels));
     if (m_source.read(kHeaderBytes, index.data(), index.size()) != index.size())
         return refuse("an index of " + std::to_string(m_header.levels) + " levels",
                       "the end of the file", "byte 80");
     for (int i = 0; i < m_header.levels; ++i) {
-        const std::byte* const at = index.data() + kLevelBytes * static_cast<std::size_t>(i);
-        const Level level{littleEndian<std::uint64_t>(at), littleEndian<std::uint64_t>(at + 8),
-                          littleEndian<std::uint64_t>(at + 16)};
+        const unsigned char* const at = index.data() + kLevelBytes * static_cast<std::size_t>(i);
+        const Level level{little64(at), little64(at + 8), little64(at + 16)};
         if (ReadResult refusal = checkLevel(level, i)) return refusal;
         m_levels.push_back(level);
     }
@@ -172,19 +159,12 @@ ReadResult Ktx2Reader::inflate(int number) {
     m_inflatedLevel = -1;
     std::byte* const from = compressed.data();
     std::byte* const to = m_inflated.data();
-    const std::string where = "byte " + std::to_string(level.offset);
+    const std::string where = placeText(level.offset);
     if (m_source.read(level.offset, from, length) != length)
         return refuse(bytesText(length), "the end of the file", where);
-    bool isSound = false;
-    if (m_compression == Compression::Zstd) {
-        isSound = ZSTD_decompress(to, wanted, from, length) == wanted;
-    } else {
-        const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)>
-            inflater(libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
-        if (!inflater) throw std::bad_alloc();
-        isSound = libdeflate_zlib_decompress(inflater.get(), from, length, to, wanted, nullptr) ==
-                  LIBDEFLATE_SUCCESS;
-    }
+    const bool isSound = m_compression == Compression::Zstd
+                             ? ZSTD_decompress(to, wanted, from, length) == wanted
+                             : inflateStream(compressed.bytes(), m_inflated.bytes());
     if (!isSound) return refuse("data that inflate to " + bytesText(wanted), "damaged data", where);
     m_inflatedLevel = number;
     return {};
@@ -199,8 +179,7 @@ ReadResult Ktx2Reader::readSurface(int face, int level, std::span<std::byte> sto
     }
     const std::uint64_t offset = m_levels[static_cast<std::size_t>(level)].offset + place;
     if (m_source.read(offset, stored.data(), stored.size()) == stored.size()) return {};
-    return refuse(bytesText(stored.size()), "the end of the file",
-                  "byte " + std::to_string(offset));
+    return refuse(bytesText(stored.size()), "the end of the file", placeText(offset));
 }
 
 std::unique_ptr<TextureReader> open(ByteSource& source) {

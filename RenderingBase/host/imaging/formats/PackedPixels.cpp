@@ -1,6 +1,6 @@
 #include "RenderingBase/host/imaging/formats/PackedPixels.h"
 
-#include "RenderingBase/host/imaging/formats/LittleEndian.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
 
 #include <bit>
 #include <cstring>

@@ -15,14 +15,14 @@
 // A file may hold a field of a video frame, or say that it is none at all: the height counts the
 // scanlines that are in the file in any case, and they are delivered as rows.
 
+#include "RenderingBase/host/imaging/formats/Endian.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/QuotedText.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 #include "RenderingBase/host/imaging/formats/SourceWindow.h"
 
 #include <array>
 #include <bit>
-#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -99,7 +99,7 @@ Run parseRun(Coding coding, const Byte* in, std::size_t left) {
     if (coding == Coding::PureRuns) return {1, first, true};
     if (first < 128) return {1, first + 1, false};
     if (first > 128) return {1, first - 127, true};
-    return left < 3 ? Run{} : Run{3, std::size_t{in[1]} << 8 | in[2], true};
+    return left < 3 ? Run{} : Run{3, big16(in + 1), true};
 }
 
 class PicReader final : public ImageReader {
@@ -109,10 +109,8 @@ public:
     ReadResult readPixels(std::span<std::byte> pixels) override;
 
 private:
-    std::string place(std::size_t ahead = 0) const {
-        return "byte " + std::to_string(m_window.place() + ahead);
-    }
-    std::string remaining() const { return std::to_string(m_window.size()) + " bytes more"; }
+    std::string place(std::size_t ahead = 0) const { return placeText(m_window.place() + ahead); }
+    std::string remaining() const { return bytesText(m_window.size()) + " more"; }
     ReadResult readPackets();
     ReadResult readPlain(const Packet& packet, Byte* out);
     ReadResult readRuns(const Packet& packet, Byte* out);
@@ -122,11 +120,7 @@ private:
     std::vector<Packet> m_packets;  // at most one a channel
 };
 
-std::string hex(unsigned value) {
-    std::array<char, 12> text{};
-    std::snprintf(text.data(), text.size(), "0x%02x", value);
-    return text.data();
-}
+std::string maskText(unsigned mask) { return "0x" + hexText(mask, 2); }
 
 Packet packetOf(Coding coding, unsigned mask, std::size_t pixelBytes) {
     static constexpr std::array<Scatter, 8> kScatters{scatter<1, 3>, scatter<2, 3>, scatter<3, 3>,
@@ -150,18 +144,18 @@ ReadResult PicReader::readPackets() {
         const unsigned bits = in[1], coding = in[2], mask = in[3];
         if (bits != 8)
             return refuse("channels of 8 bits", std::to_string(bits) + " bits", place(1));
-        if (coding > 2) return refuse("coding 0, 1 or 2", hex(coding), place(2));
+        if (coding > 2) return refuse("coding 0, 1 or 2", maskText(coding), place(2));
         if (mask == 0 || (mask & ~(kColors | kAlpha)) || (mask & all))
             return refuse(
                 "channels red (0x80), green (0x40), blue (0x20) or alpha (0x10), each once",
-                hex(mask), place(3));
+                maskText(mask), place(3));
         all |= mask;
         found.emplace_back(static_cast<Coding>(coding), mask);
         another = in[0] != 0;
         m_window.skip(kPacketBytes);
     }
     if ((all & kColors) != kColors)
-        return refuse("red, green and blue channels (0xe0)", hex(all), place());
+        return refuse("red, green and blue channels (0xe0)", maskText(all), place());
     m_pixelBytes = all & kAlpha ? 4 : 3;
     for (const auto& [coding, mask] : found)
         m_packets.push_back(packetOf(coding, mask, m_pixelBytes));
@@ -173,8 +167,8 @@ ReadResult PicReader::readHeader(ImageHeader& header) {
     const Byte* const head = m_window.data();
     const std::string_view kind(reinterpret_cast<const char*>(head) + 88, 4);
     if (kind != "PICT") return refuse("\"PICT\"", inQuotes(kind), "byte 88");
-    m_width = std::size_t{head[92]} << 8 | head[93];
-    m_height = std::size_t{head[94]} << 8 | head[95];
+    m_width = big16(head + 92);
+    m_height = big16(head + 94);
     m_window.skip(kHeaderBytes);
     if (ReadResult refusal = readPackets()) return refusal;
     header.width = static_cast<std::int64_t>(m_width);
@@ -205,7 +199,7 @@ ReadResult PicReader::readPixels(std::span<std::byte> pixels) {
 ReadResult PicReader::readPlain(const Packet& packet, Byte* out) {
     const std::size_t bytes = packet.mostBytes(m_width);
     if (m_window.size() < bytes)
-        return refuse("a scanline of " + std::to_string(bytes) + " bytes", remaining(), place());
+        return refuse("a scanline of " + bytesText(bytes), remaining(), place());
     packet.scatter(m_window.data(), packet.channels, m_width, packet.places, out);
     m_window.skip(bytes);
     return {};

@@ -5,18 +5,21 @@
 // hold one zlib stream, which inflates to all rows, a byte with the filter type before each. With
 // the whole stream and room for the whole result at hand, that takes about two thirds of the time.
 //
-// Source: W3C, Portable Network Graphics, 2nd edition (ISO/IEC 15948), clauses 5.3, 7.2, 9, 10.
+// Source: W3C, Portable Network Graphics, 2nd edition (ISO/IEC 15948), clauses 5.3, 7.2, 9, 10 and
+// 13.12.
 
 #include "RenderingBase/host/imaging/formats/PngInflate.h"
 
 #include "RenderingBase/host/imaging/PixelStorage.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/InflatedStream.h"
 #include "RenderingBase/host/imaging/formats/PngUnfilter.h"
+#include "RenderingBase/host/imaging/formats/SampleRows.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 #include <algorithm>
 #include <cstring>
 #include <libdeflate.h>
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -26,10 +29,6 @@ namespace {
 using Byte = unsigned char;
 
 constexpr std::size_t kChunkFrame = 12;  // length, type, CRC
-
-std::size_t bigEndian32(const Byte* at) {
-    return std::size_t{at[0]} << 24 | std::size_t{at[1]} << 16 | std::size_t{at[2]} << 8 | at[3];
-}
 
 /// Whether a chunk whose type begins with @p letter is needed to show the picture (clause 5.4).
 bool isCritical(Byte letter) { return (letter & 0x20) == 0; }
@@ -42,10 +41,9 @@ std::optional<std::size_t> gatherData(std::span<Byte> chunks) {
     bool inData = true;
     for (std::size_t at = 0; chunks.size() - at >= kChunkFrame;) {
         Byte* const chunk = chunks.data() + at;
-        const std::size_t length = bigEndian32(chunk);
+        const std::size_t length = big32(chunk);
         if (length > chunks.size() - at - kChunkFrame) return {};
-        if (libdeflate_crc32(0, chunk + 4, length + 4) != bigEndian32(chunk + 8 + length))
-            return {};
+        if (libdeflate_crc32(0, chunk + 4, length + 4) != big32(chunk + 8 + length)) return {};
         if (std::memcmp(chunk + 4, "IEND", 4) == 0) return gathered;
         if (std::memcmp(chunk + 4, "IDAT", 4) == 0) {
             if (!inData) return {};
@@ -59,15 +57,6 @@ std::optional<std::size_t> gatherData(std::span<Byte> chunks) {
         at += kChunkFrame + length;
     }
     return {};
-}
-
-/// Samples of 16 bits, big endian, to 8: v * 255 / 65535 rounded (clause 13.12). The formula is
-/// equal to that for every v.
-void narrowRow(const Byte* in, Byte* out, std::size_t samples) {
-    for (std::size_t i = 0; i < samples; ++i) {
-        const unsigned value = unsigned{in[2 * i]} << 8 | in[2 * i + 1];
-        out[i] = static_cast<Byte>((value * 255 + 32895) >> 16);
-    }
 }
 
 bool unfilterRows(const PngRows& rows, const Byte* stored, Byte* out) {
@@ -89,22 +78,12 @@ bool unfilterWideRows(const PngRows& rows, const Byte* stored, Byte* out) {
         if (!unfilterPngRow(stored[0], rows.bytesPerPixel, stored + 1, above.data(), row.data(),
                             rows.rowBytes))
             return false;
-        narrowRow(row.data(), out, rows.rowBytes / 2);
+        narrowSamples(row.data(), out, rows.rowBytes / 2);
         row.swap(above);
         stored += 1 + rows.rowBytes;
         out += rows.rowBytes / 2;
     }
     return true;
-}
-
-bool inflateExactly(std::span<const Byte> data, std::span<std::byte> out) {
-    struct Free {
-        void operator()(libdeflate_decompressor* d) const { libdeflate_free_decompressor(d); }
-    };
-    const std::unique_ptr<libdeflate_decompressor, Free> inflater(libdeflate_alloc_decompressor());
-    return inflater &&
-           libdeflate_zlib_decompress(inflater.get(), data.data(), data.size(), out.data(),
-                                      out.size(), nullptr) == LIBDEFLATE_SUCCESS;
 }
 
 }  // namespace
@@ -126,7 +105,7 @@ bool decodePngRows(ByteSource& source, const PngRows& rows, std::span<std::byte>
     if (!gathered) return false;
 
     PixelStorage stored(static_cast<std::size_t>(storedBytes), PixelStorage::Fill::None);
-    if (!inflateExactly({bytes, *gathered}, stored.bytes())) return false;
+    if (!inflateStream(chunks.bytes().first(*gathered), stored.bytes())) return false;
     chunks = PixelStorage();
     const auto* const from = reinterpret_cast<const Byte*>(stored.data());
     auto* const to = reinterpret_cast<Byte*>(pixels.data());

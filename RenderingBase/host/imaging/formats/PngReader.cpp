@@ -14,6 +14,7 @@
 #include "RenderingBase/host/imaging/formats/BufferedSource.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/PngInflate.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 #include <algorithm>
@@ -118,8 +119,7 @@ std::uint64_t PngReader::leastFileBytes() const {
 
 ReadResult PngReader::readHeader(ImageHeader& header) {
     if (!attempt(&PngReader::readChunksBeforePixels))
-        return refuse("a whole PNG header", m_complaint.data(),
-                      "byte " + std::to_string(m_input.position()));
+        return refuse("a whole PNG header", m_complaint.data(), placeText(m_input.position()));
     m_width = png_get_image_width(m_png, m_info);
     m_height = png_get_image_height(m_png, m_info);
     m_bits = png_get_bit_depth(m_png, m_info);
@@ -180,8 +180,7 @@ ReadResult PngReader::readPixels(std::span<std::byte> pixels) {
     m_pixels = pixels.data();
     if (attempt(&PngReader::readRows)) return {};
     if (m_row == m_height)
-        return refuse("a whole end of the file", m_complaint.data(),
-                      "byte " + std::to_string(m_input.position()));
+        return refuse("a whole end of the file", m_complaint.data(), placeText(m_input.position()));
     return refuse("whole PNG pixels", m_complaint.data(), "row " + std::to_string(m_row));
 }
 

@@ -12,6 +12,7 @@
 
 #include "RenderingBase/host/imaging/formats/PsdInput.h"
 #include "RenderingBase/host/imaging/formats/PsdResources.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 #include <string>
@@ -95,14 +96,13 @@ ReadResult readFixedPart(PsdInput& input, PsdHeader& header) {
 ReadResult enterSection(PsdInput& input, const char* name, int bytes, std::uint64_t& end) {
     const std::uint64_t place = input.position();
     const std::uint64_t length = input.number(bytes);
-    const std::string where = "byte " + std::to_string(place);
+    const std::string where = placeText(place);
     if (input.ended())
         return refuse(std::string("the length of the ") + name, "the end of the file", where);
     const std::uint64_t begin = input.position();
     const std::uint64_t there = input.size() - std::min(input.size(), begin);
     if (length > there)
-        return refuse(std::to_string(length) + " bytes of " + name,
-                      std::to_string(there) + " bytes more", where);
+        return refuse(bytesText(length) + " of " + name, bytesText(there) + " more", where);
     end = begin + length;
     return {};
 }
@@ -111,14 +111,13 @@ ReadResult readPalette(PsdInput& input, std::uint64_t end, PsdHeader& header) {
     if (header.mode != PsdMode::Indexed) return {};
     const std::uint64_t place = input.position();
     if (end - place != header.palette.size())
-        return refuse("a palette of 768 bytes", std::to_string(end - place),
-                      "byte " + std::to_string(place));
+        return refuse("a palette of 768 bytes", std::to_string(end - place), placeText(place));
     input.read(header.palette.data(), header.palette.size());
     return {};
 }
 
 ReadResult readCompression(PsdInput& input, PsdHeader& header) {
-    const std::string where = "byte " + std::to_string(input.position());
+    const std::string where = placeText(input.position());
     const std::uint32_t compression = input.number16();
     if (input.ended()) return refuse("a merged picture", "the end of the file", where);
     header.compression = static_cast<PsdCompression>(compression);

@@ -11,6 +11,8 @@
 #include "RenderingBase/host/imaging/formats/PsdInflate.h"
 
 #include "RenderingBase/host/imaging/formats/BufferedSource.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 
 #include <cstring>
 #include <new>
@@ -72,7 +74,7 @@ private:
 
     ReadResult fault(std::string found) const {
         return refuse("a zlib stream of all rows", std::move(found),
-                      "byte " + std::to_string(m_begin + m_stream.total_in));
+                      placeText(m_begin + m_stream.total_in));
     }
 
     BufferedSource m_source;
@@ -90,7 +92,7 @@ void addUp8(unsigned char* row, std::size_t bytes) {
 void addUp16(unsigned char* row, std::size_t bytes) {
     unsigned sum = 0;
     for (std::size_t i = 0; i < bytes; i += 2) {
-        sum += unsigned{row[i]} << 8 | row[i + 1];
+        sum += big16(row + i);
         row[i] = static_cast<unsigned char>(sum >> 8);
         row[i + 1] = static_cast<unsigned char>(sum);
     }

@@ -1,9 +1,11 @@
 #include "RenderingBase/host/imaging/formats/PsdPixels.h"
 
+#include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/SampleRows.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <utility>
 
 namespace rb::imaging {
 namespace {
@@ -16,37 +18,6 @@ KVRPixelImageFormat formatFor(const PsdHeader& header) {
     if (header.depth == 32) return alpha ? RGBA_f : grey ? L_f : RGB_f;
     if (header.mode == PsdMode::Indexed) return header.transparentIndex >= 0 ? RGBA : RGB;
     return grey ? (alpha ? LA : L) : (alpha ? RGBA : RGB);
-}
-
-std::uint16_t wordAt(const unsigned char* row, std::size_t index) {
-    return static_cast<std::uint16_t>(row[2 * index] << 8 | row[2 * index + 1]);
-}
-
-float floatAt(const unsigned char* row, std::size_t index) {
-    std::uint32_t bits = 0;
-    std::memcpy(&bits, row + 4 * index, sizeof bits);
-    if constexpr (std::endian::native == std::endian::little) bits = __builtin_bswap32(bits);
-    return std::bit_cast<float>(bits);
-}
-
-/// 16 bits to 8: v * 255 / 65535 rounded. The formula is equal to that for every v.
-void narrowRow(const unsigned char* in, unsigned char* out, std::size_t samples) {
-    for (std::size_t i = 0; i < samples; ++i)
-        out[i] = static_cast<unsigned char>((wordAt(in, i) * 255U + 32895U) >> 16);
-}
-
-template <std::size_t... Channel>
-void interleave(const PsdChannels& channels, unsigned char* out, std::size_t pixels,
-                std::index_sequence<Channel...>) {
-    // Copies of the pointers, which a write to the pixels cannot have changed.
-    const std::array<const unsigned char*, sizeof...(Channel)> from{channels[Channel]...};
-    for (std::size_t i = 0; i < pixels; ++i, out += sizeof...(Channel))
-        ((out[Channel] = std::get<Channel>(from)[i]), ...);
-}
-
-template <std::size_t Channels>
-void interleave(const PsdChannels& channels, unsigned char* out, std::size_t pixels) {
-    interleave(channels, out, pixels, std::make_index_sequence<Channels>());
 }
 
 /// L*, a* and b* of a stored pixel: L* over the whole range, a* and b* around its middle, with 8
@@ -95,7 +66,7 @@ PsdChannels PsdPixels::narrow(const PsdChannels& channels, Scratch& scratch) con
     PsdChannels result{};
     for (std::size_t c = 0; c < m_header.wantedChannels(); ++c) {
         scratch.narrowed[c].resize(m_width);
-        narrowRow(channels[c], scratch.narrowed[c].data(), m_width);
+        narrowSamples(channels[c], scratch.narrowed[c].data(), m_width);
         result[c] = scratch.narrowed[c].data();
     }
     return result;
@@ -119,21 +90,7 @@ void PsdPixels::toFloats(const PsdChannels& channels, float* out) const {
         // Grey goes into all channels but alpha.
         const std::size_t from = stored == delivered ? c : c + 1 == delivered ? stored - 1 : 0;
         for (std::size_t i = 0; i < m_width; ++i)
-            out[delivered * i + c] = floatAt(channels[from], i);
-    }
-}
-
-void PsdPixels::toBytes(const PsdChannels& bytes, unsigned char* out) const {
-    switch (m_header.wantedChannels()) {
-        case 1:
-            std::memcpy(out, bytes[0], m_width);
-            return;
-        case 2:
-            return interleave<2>(bytes, out, m_width);
-        case 3:
-            return interleave<3>(bytes, out, m_width);
-        default:
-            return interleave<4>(bytes, out, m_width);
+            out[delivered * i + c] = std::bit_cast<float>(big32(channels[from] + 4 * i));
     }
 }
 
@@ -150,12 +107,13 @@ void PsdPixels::transformInks(const PsdChannels& channels, Scratch& scratch) con
     if (m_header.depth == 16) {
         scratch.words.resize(4 * m_width);
         for (std::size_t i = 0; i < m_width; ++i)
-            for (std::size_t c = 0; c < 4; ++c) scratch.words[4 * i + c] = wordAt(channels[c], i);
+            for (std::size_t c = 0; c < 4; ++c)
+                scratch.words[4 * i + c] = static_cast<std::uint16_t>(big16(channels[c] + 2 * i));
         m_transform->apply(scratch.words.data(), scratch.bytes.data(), m_width);
     } else {
         auto& inks = scratch.narrowed[0];
         inks.resize(4 * m_width);
-        interleave<4>(channels, inks.data(), m_width);
+        interleaveRows(4, channels.data(), inks.data(), m_width);
         m_transform->apply(inks.data(), scratch.bytes.data(), m_width);
     }
 }
@@ -164,7 +122,7 @@ void PsdPixels::transformLab(const PsdChannels& channels, Scratch& scratch) cons
     scratch.floats.resize(3 * m_width);
     const bool wide = m_header.depth == 16;
     const auto at = [&](std::size_t c, std::size_t i) -> unsigned {
-        return wide ? wordAt(channels[c], i) : channels[c][i];
+        return wide ? big16(channels[c] + 2 * i) : channels[c][i];
     };
     for (std::size_t i = 0; i < m_width; ++i)
         decodeLab({at(0, i), at(1, i), at(2, i)}, wide, scratch.floats.data() + 3 * i);
@@ -190,7 +148,8 @@ void PsdPixels::convert(const PsdChannels& channels, std::byte* out, Scratch& sc
     if (m_header.mode == PsdMode::Bitmap) return expandBits(channels[0], bytes);
     if (m_header.mode == PsdMode::Indexed) return expandPalette(channels[0], bytes);
     const PsdChannels narrowed = narrow(channels, scratch);
-    if (!deliversSRGB()) return toBytes(narrowed, bytes);
+    if (!deliversSRGB())
+        return interleaveRows(m_header.wantedChannels(), narrowed.data(), bytes, m_width);
     const unsigned char* const alpha =
         m_header.hasAlphaChannel() ? narrowed[m_header.colorChannels()] : nullptr;
     scratch.bytes.resize(3 * m_width);

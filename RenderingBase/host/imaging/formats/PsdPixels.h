@@ -45,7 +45,6 @@ private:
     void expandBits(const unsigned char* row, unsigned char* out) const;
     void expandPalette(const unsigned char* row, unsigned char* out) const;
     void toFloats(const PsdChannels& channels, float* out) const;
-    void toBytes(const PsdChannels& bytes, unsigned char* out) const;
     void mixInks(const PsdChannels& bytes, Scratch& scratch) const;
     void transformInks(const PsdChannels& channels, Scratch& scratch) const;
     void transformLab(const PsdChannels& channels, Scratch& scratch) const;

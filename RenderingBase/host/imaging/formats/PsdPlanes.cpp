@@ -12,11 +12,14 @@
 
 #include "RenderingBase/host/imaging/formats/PsdPlanes.h"
 
+#include "RenderingBase/host/imaging/formats/Endian.h"
 #include "RenderingBase/host/imaging/formats/PsdInflate.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace rb::imaging {
 namespace {
@@ -38,7 +41,10 @@ void copy(const unsigned char* in, unsigned char* out, std::size_t run) {
 }  // namespace
 
 PsdPlanes::PsdPlanes(ByteSource& source, const PsdHeader& header)
-    : m_source(&source), m_header(header), m_place(header.dataPlace) {}
+    : m_file(source),
+      m_source(std::in_place, source),
+      m_header(header),
+      m_place(header.dataPlace) {}
 
 ReadResult PsdPlanes::open() {
     if (inRunLengths()) return readCounts();
@@ -51,11 +57,13 @@ ReadResult PsdPlanes::readCounts() {
     std::vector<unsigned char> stored(rows * countBytes);
     if (m_source->read(m_place, stored.data(), stored.size()) < stored.size())
         return refuse("the lengths of " + std::to_string(rows) + " rows", "the end of the file",
-                      "byte " + std::to_string(m_place));
+                      placeText(m_place));
     m_counts.resize(rows);
     const unsigned char* in = stored.data();
-    for (std::uint32_t& count : m_counts)
-        for (std::size_t i = 0; i < countBytes; ++i) count = count << 8 | *in++;
+    for (std::uint32_t& count : m_counts) {
+        count = countBytes == 4 ? big32(in) : big16(in);
+        in += countBytes;
+    }
     for (std::size_t row = 0; row < rows; row += m_header.height) {
         std::uint64_t bytes = 0;
         for (std::size_t i = row; i < row + m_header.height; ++i) bytes += m_counts[i];
@@ -66,9 +74,8 @@ ReadResult PsdPlanes::readCounts() {
 }
 
 ReadResult PsdPlanes::inflate() {
-    if (ReadResult refusal = inflatePsdPlanes(*m_source, m_header, m_inflated)) return refusal;
-    m_inflatedSource = std::make_unique<MemorySource>(m_inflated.bytes());
-    m_source = m_inflatedSource.get();
+    if (ReadResult refusal = inflatePsdPlanes(m_file, m_header, m_inflated)) return refusal;
+    m_source.emplace(m_inflatedSource.emplace(m_inflated.bytes()));
     m_place = 0;
     return {};
 }
@@ -85,11 +92,6 @@ std::uint64_t PsdPlanes::placeOf(std::uint32_t channel, std::uint32_t row) const
     for (std::uint32_t c = 0; c < channel; ++c) place += m_planeBytes[c];
     for (std::uint32_t r = 0; r < row; ++r) place += storedBytes(channel, r);
     return place;
-}
-
-std::size_t PsdPlanes::read(std::uint64_t place, void* to, std::size_t count) {
-    const std::lock_guard lock(m_mutex);
-    return m_source->read(place, to, count);
 }
 
 PsdRows::PsdRows(PsdPlanes& planes, std::uint32_t channel, std::uint32_t firstRow)
@@ -136,7 +138,7 @@ ReadResult PsdRows::next(const unsigned char*& row) {
     // without meaning between or behind them, and of those there may be as many again.
     const auto used = static_cast<std::size_t>(std::min<std::uint64_t>(stored, 4 * rowBytes + 64));
     if (!fetch(used))
-        return refuse(std::to_string(used) + " bytes", std::to_string(there()) + " bytes more",
+        return refuse(bytesText(used), bytesText(there()) + " more",
                       where() + ", byte " + std::to_string(m_place));
     const unsigned char* const in = m_buffer.data() + m_begin;
     row = in;
@@ -154,16 +156,15 @@ ReadResult PsdRows::unpack(const unsigned char* in, std::size_t count) {
     unsigned char* out = m_unpacked.data();
     for (std::size_t left = m_planes.header().rowBytes(); left > 0;) {
         if (in == end)
-            return refuse(std::to_string(left) + " bytes more of the row", "the end of its runs",
-                          where());
+            return refuse(bytesText(left) + " more of the row", "the end of its runs", where());
         const unsigned code = *in++;
         if (code == 128) continue;
         const bool repeats = code > 128;
         const std::size_t run = repeats ? 257 - code : code + 1;
         const std::size_t bytes = repeats ? 1 : run;
         if (run > left || bytes > static_cast<std::size_t>(end - in))
-            return refuse("a run within the row and its bytes",
-                          "one of " + std::to_string(run) + " bytes", where());
+            return refuse("a run within the row and its bytes", "one of " + bytesText(run),
+                          where());
         if (repeats)
             repeat(*in, out, run);
         else if (static_cast<std::size_t>(end - in) >= kLongestRun)

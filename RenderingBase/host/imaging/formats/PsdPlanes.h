@@ -6,11 +6,11 @@
 #include "RenderingBase/host/imaging/PixelStorage.h"
 #include "RenderingBase/host/imaging/formats/ByteSource.h"
 #include "RenderingBase/host/imaging/formats/PsdHeader.h"
+#include "RenderingBase/host/imaging/formats/SharedSource.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <mutex>
+#include <optional>
 #include <vector>
 
 namespace rb::imaging {
@@ -30,20 +30,22 @@ public:
     std::uint64_t placeOf(std::uint32_t channel, std::uint32_t row) const;
     /// How many bytes a row takes there.
     std::uint64_t storedBytes(std::uint32_t channel, std::uint32_t row) const;
-    std::size_t read(std::uint64_t place, void* to, std::size_t count);
+    std::size_t read(std::uint64_t place, void* to, std::size_t count) {
+        return m_source->read(place, to, count);
+    }
 
 private:
     ReadResult readCounts();
     ReadResult inflate();
 
-    std::mutex m_mutex;
-    ByteSource* m_source;  // the file, or what was inflated
+    ByteSource& m_file;
+    std::optional<SharedSource> m_source;  // the file, or what was inflated
     const PsdHeader& m_header;
     std::uint64_t m_place;                    // of the first row
     std::vector<std::uint32_t> m_counts;      // of bytes of all rows of all wanted channels
     std::vector<std::uint64_t> m_planeBytes;  // of each wanted channel, compressed
     PixelStorage m_inflated;
-    std::unique_ptr<MemorySource> m_inflatedSource;
+    std::optional<MemorySource> m_inflatedSource;
 };
 
 /// The rows of one channel, in their order. Threads: one at a time.

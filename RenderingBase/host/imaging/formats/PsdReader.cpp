@@ -22,36 +22,19 @@
 // mark in a file without layers means nothing: the merged picture is all that there is.
 
 #include "RenderingBase/host/imaging/ParallelRows.h"
+#include "RenderingBase/host/imaging/formats/FirstRefusal.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/PsdHeader.h"
 #include "RenderingBase/host/imaging/formats/PsdPixels.h"
 #include "RenderingBase/host/imaging/formats/PsdPlanes.h"
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
 
 namespace rb::imaging {
 namespace {
-
-/// The refusal of the uppermost row.
-class FirstRefusal {
-public:
-    void note(std::uint32_t row, ReadResult refusal) {
-        const std::lock_guard lock(m_mutex);
-        if (m_refusal && m_row <= row) return;
-        m_row = row;
-        m_refusal = std::move(refusal);
-    }
-    ReadResult result() const { return m_refusal; }
-
-private:
-    std::mutex m_mutex;
-    std::uint32_t m_row = 0;
-    ReadResult m_refusal;
-};
 
 /// Decodes rows @p first to @p end - 1.
 void decodeRows(PsdPlanes& planes, const PsdPixels& pixels, std::span<std::byte> out,

@@ -14,25 +14,22 @@
 // two channels are what the usual programs take them for, grey and alpha.
 
 #include "RenderingBase/host/imaging/ParallelRows.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
+#include "RenderingBase/host/imaging/formats/FirstRefusal.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SgiRows.h"
 
 #include <array>
 #include <memory>
-#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace rb::imaging {
 namespace {
 
 using Byte = unsigned char;
-
-std::uint32_t bigEndian(const Byte* at, std::size_t count) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < count; ++i) value = value << 8 | at[i];
-    return value;
-}
 
 class SgiReader final : public ImageReader {
 public:
@@ -43,45 +40,43 @@ public:
 private:
     ReadResult readPlaces(std::vector<SgiRowPlace>& places);
 
-    SgiSource m_source;
+    SharedSource m_source;
     SgiLayout m_layout;
 };
 
 ReadResult checkKind(const Byte* head) {
     static constexpr std::array kMeanings{"plain samples", "dithered pixels", "screen colours",
                                           "a table of colours"};
-    const auto number = [head](std::size_t at, std::size_t bytes) {
-        return std::to_string(bigEndian(head + at, bytes));
-    };
-    if (head[2] > 1) return refuse("storage 0 or 1", number(2, 1), "byte 2");
-    if (head[3] < 1 || head[3] > 2) return refuse("1 or 2 bytes a sample", number(3, 1), "byte 3");
-    const std::uint32_t dimensions = bigEndian(head + 4, 2);
+    if (head[2] > 1) return refuse("storage 0 or 1", std::to_string(head[2]), "byte 2");
+    if (head[3] < 1 || head[3] > 2)
+        return refuse("1 or 2 bytes a sample", std::to_string(head[3]), "byte 3");
+    const std::uint32_t dimensions = big16(head + 4);
     if (dimensions < 1 || dimensions > 3)
-        return refuse("1 to 3 dimensions", number(4, 2), "byte 4");
-    const std::uint32_t map = bigEndian(head + 104, 4);
+        return refuse("1 to 3 dimensions", std::to_string(dimensions), "byte 4");
+    const std::uint32_t map = big32(head + 104);
     if (map != 0)
         return refuse("plain samples (colormap 0)",
                       (map < kMeanings.size() ? kMeanings[map] : "an unknown kind") +
-                          std::string(" (colormap ") + number(104, 4) + ")",
+                          std::string(" (colormap ") + std::to_string(map) + ")",
                       "byte 104");
-    const std::uint32_t channels = bigEndian(head + 10, 2);
+    const std::uint32_t channels = big16(head + 10);
     if (dimensions == 3 && (channels < 1 || channels > 4))
-        return refuse("1 to 4 channels", number(10, 2), "byte 10");
+        return refuse("1 to 4 channels", std::to_string(channels), "byte 10");
     return {};
 }
 
 ReadResult SgiReader::readHeader(ImageHeader& header) {
     std::array<Byte, SgiLayout::kHeaderBytes> head;
     const std::size_t got = m_source.read(0, head.data(), head.size());
-    if (got != head.size()) return refuse("a header of 512 bytes", std::to_string(got) + " bytes");
+    if (got != head.size()) return refuse("a header of 512 bytes", bytesText(got));
     if (ReadResult refusal = checkKind(head.data())) return refusal;
     // Fewer dimensions mean one row, or one channel, whatever the fields for more of them hold.
-    const std::uint32_t dimensions = bigEndian(&head[4], 2);
+    const std::uint32_t dimensions = big16(&head[4]);
     m_layout.runLengths = head[2] == 1;
     m_layout.sampleBytes = head[3];
-    m_layout.width = bigEndian(&head[6], 2);
-    m_layout.height = dimensions > 1 ? bigEndian(&head[8], 2) : 1;
-    m_layout.channels = dimensions > 2 ? bigEndian(&head[10], 2) : 1;
+    m_layout.width = big16(&head[6]);
+    m_layout.height = dimensions > 1 ? big16(&head[8]) : 1;
+    m_layout.channels = dimensions > 2 ? big16(&head[10]) : 1;
 
     static constexpr std::array kFormats{KVRPixelImageFormat::L, KVRPixelImageFormat::LA,
                                          KVRPixelImageFormat::RGB, KVRPixelImageFormat::RGBA};
@@ -102,7 +97,7 @@ ReadResult SgiReader::readPlaces(std::vector<SgiRowPlace>& places) {
                       "byte 512");
     places.resize(rows);
     for (std::size_t i = 0; i < rows; ++i)
-        places[i] = {bigEndian(&tables[4 * i], 4), bigEndian(&tables[4 * (rows + i)], 4)};
+        places[i] = {big32(&tables[4 * i]), big32(&tables[4 * (rows + i)])};
     return {};
 }
 
@@ -111,22 +106,16 @@ ReadResult SgiReader::readPixels(std::span<std::byte> pixels) {
     if (m_layout.runLengths)
         if (ReadResult refusal = readPlaces(places)) return refusal;
     auto* const out = reinterpret_cast<Byte*>(pixels.data());
-    std::mutex mutex;
-    // Whichever thread is the first to fail, the row that comes first is named.
-    ReadResult topmost;
-    std::size_t topmostRow = m_layout.height;
+    FirstRefusal refusals;
     forRowSlices(static_cast<std::int64_t>(m_layout.width * m_layout.channels),
                  static_cast<std::int64_t>(m_layout.height),
                  [&](std::int64_t first, std::int64_t end) {
                      SgiRows rows(m_source, m_layout, places);
                      auto row = static_cast<std::size_t>(first);
-                     ReadResult refusal = rows.read(row, static_cast<std::size_t>(end), out);
-                     const std::lock_guard lock(mutex);
-                     if (!refusal || row > topmostRow) return;
-                     topmost = std::move(refusal);
-                     topmostRow = row;
+                     if (ReadResult refusal = rows.read(row, static_cast<std::size_t>(end), out))
+                         refusals.note(row, std::move(refusal));
                  });
-    return topmost;
+    return refusals.result();
 }
 
 bool recognises(std::span<const std::byte> head) { return startsWith(head, "\x01\xDA"); }

@@ -1,5 +1,8 @@
 #include "RenderingBase/host/imaging/formats/SgiRows.h"
 
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
+#include "RenderingBase/host/imaging/formats/SampleRows.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -11,24 +14,13 @@ namespace {
 using Byte = unsigned char;
 using Planes = std::array<const Byte*, 4>;
 
-/// Samples as bytes. 16 bits become v * 255 / 65535 rounded; the formula is equal to that for
-/// every v.
+/// Samples as bytes.
 template <std::size_t kBytes>
-void narrow(const Byte* __restrict in, Byte* __restrict out, std::size_t samples) {
-    if constexpr (kBytes == 1) {
+void deliver(const Byte* in, Byte* out, std::size_t samples) {
+    if constexpr (kBytes == 1)
         std::memcpy(out, in, samples);
-    } else {
-        const auto one = [in, out](std::size_t i) {
-            const unsigned value = unsigned{in[2 * i]} << 8 | in[2 * i + 1];
-            out[i] = static_cast<Byte>((value * 255 + 32895) >> 16);
-        };
-        // Blocks of a fixed size are what compilers turn into vectors.
-        constexpr std::size_t kBlock = 16;
-        std::size_t i = 0;
-        for (; i + kBlock <= samples; i += kBlock)
-            for (std::size_t k = 0; k < kBlock; ++k) one(i + k);
-        for (; i < samples; ++i) one(i);
-    }
+    else
+        narrowSamples(in, out, samples);
 }
 
 /// One row out of its runs. @p at tells how far it came.
@@ -49,10 +41,10 @@ ReadResult expandRuns(std::span<const Byte> in, std::span<Byte> out, std::size_t
                           "the end of the row's bytes");
         at += kBytes;
         if (plain) {
-            narrow<kBytes>(&in[at], out.data(), count);
+            deliver<kBytes>(&in[at], out.data(), count);
         } else {
             Byte value = 0;
-            narrow<kBytes>(&in[at], &value, 1);
+            deliver<kBytes>(&in[at], &value, 1);
             std::memset(out.data(), value, count);
         }
         at += bytes;
@@ -60,32 +52,6 @@ ReadResult expandRuns(std::span<const Byte> in, std::span<Byte> out, std::size_t
     }
     return {};
 }
-
-template <std::size_t kChannels>
-void interleave(const Planes& planes, Byte* __restrict out, std::size_t width) {
-    const Planes in = planes;  // nothing that the stores below could change
-    for (std::size_t x = 0; x < width; ++x, out += kChannels)
-        for (std::size_t c = 0; c < kChannels; ++c) out[c] = in[c][x];
-}
-
-void interleave(std::size_t channels, const Planes& planes, Byte* out, std::size_t width) {
-    switch (channels) {
-        case 1:
-            std::memcpy(out, planes[0], width);
-            break;
-        case 2:
-            interleave<2>(planes, out, width);
-            break;
-        case 3:
-            interleave<3>(planes, out, width);
-            break;
-        default:
-            interleave<4>(planes, out, width);
-            break;
-    }
-}
-
-std::string placeOf(std::uint64_t byte) { return "byte " + std::to_string(byte); }
 
 std::size_t bandRowsOf(const SgiLayout& layout) {
     constexpr std::size_t kBandBytes = 64 * 1024;
@@ -97,7 +63,7 @@ std::size_t bandRowsOf(const SgiLayout& layout) {
 
 // The longest useful run-length-coded row has a count before each sample. What a table calls longer
 // is read up to there: many rows may claim the same large part of a file.
-SgiRows::SgiRows(SgiSource& source, const SgiLayout& layout, std::span<const SgiRowPlace> places)
+SgiRows::SgiRows(SharedSource& source, const SgiLayout& layout, std::span<const SgiRowPlace> places)
     : m_source(source),
       m_layout(layout),
       m_places(places),
@@ -126,18 +92,18 @@ ReadResult SgiRows::readPlainRows(std::size_t first, std::size_t end, Byte* out)
         const std::uint64_t offset =
             m_layout.dataBegin() + (c * m_layout.height + m_layout.height - end) * rowBytes;
         if (m_source.read(offset, &m_stored[c * bandBytes], bandBytes) != bandBytes)
-            return refuse(std::to_string(bandBytes) + " bytes of channel " + std::to_string(c),
-                          "the end of the file", placeOf(offset));
+            return refuse(bytesText(bandBytes) + " of channel " + std::to_string(c),
+                          "the end of the file", placeText(offset));
     }
     for (std::size_t row = end; row-- > first;) {
         Planes planes{};
         for (std::size_t c = 0; c < channels; ++c) {
             planes[c] = &m_stored[c * bandBytes + (end - 1 - row) * rowBytes];
             if (m_layout.sampleBytes == 1) continue;
-            narrow<2>(planes[c], &m_planes[c * width], width);
+            narrowSamples(planes[c], &m_planes[c * width], width);
             planes[c] = &m_planes[c * width];
         }
-        interleave(channels, planes, out + (row - first) * width * channels, width);
+        interleaveRows(channels, planes.data(), out + (row - first) * width * channels, width);
     }
     return {};
 }
@@ -153,7 +119,7 @@ ReadResult SgiRows::readCodedRow(std::size_t row, Byte* out) {
         }
         planes[c] = plane.data();
     }
-    interleave(m_layout.channels, planes, out, width);
+    interleaveRows(m_layout.channels, planes.data(), out, width);
     return {};
 }
 
@@ -161,16 +127,16 @@ ReadResult SgiRows::expandRow(const SgiRowPlace& place, std::span<Byte> out) {
     if (place.offset < m_layout.dataBegin() || place.offset + place.bytes > m_source.size())
         return refuse("bytes of a row between " + std::to_string(m_layout.dataBegin()) + " and " +
                           std::to_string(m_source.size()),
-                      std::to_string(place.bytes) + " bytes", placeOf(place.offset));
+                      bytesText(place.bytes), placeText(place.offset));
     const std::size_t wanted = std::min<std::uint64_t>(place.bytes, m_stored.size());
     if (m_source.read(place.offset, m_stored.data(), wanted) != wanted)
-        return refuse("a row of " + std::to_string(wanted) + " bytes", "the end of the file",
-                      placeOf(place.offset));
+        return refuse("a row of " + bytesText(wanted), "the end of the file",
+                      placeText(place.offset));
     const std::span<const Byte> in(m_stored.data(), wanted);
     std::size_t at = 0;
     ReadResult refusal =
         m_layout.sampleBytes == 2 ? expandRuns<2>(in, out, at) : expandRuns<1>(in, out, at);
-    if (refusal) refusal->where = placeOf(place.offset + at);
+    if (refusal) refusal->where = placeText(place.offset + at);
     return refusal;
 }
 

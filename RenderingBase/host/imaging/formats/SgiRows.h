@@ -4,10 +4,10 @@
 
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
+#include "RenderingBase/host/imaging/formats/SharedSource.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <span>
 #include <vector>
 
@@ -41,27 +41,12 @@ struct SgiLayout {
     }
 };
 
-/// What several threads read from, each in its turn.
-class SgiSource {
-public:
-    explicit SgiSource(ByteSource& source) : m_source(source) {}
-    std::uint64_t size() const { return m_source.size(); }
-    std::size_t read(std::uint64_t offset, void* to, std::size_t count) {
-        const std::lock_guard lock(m_mutex);
-        return m_source.read(offset, to, count);
-    }
-
-private:
-    ByteSource& m_source;
-    std::mutex m_mutex;
-};
-
 /// Delivers rows, with buffers of its own: one object a thread.
 class SgiRows {
 public:
     /// @param places  Of all rows in the order of the file's tables; none without run lengths. They
     ///                outlive the object.
-    SgiRows(SgiSource& source, const SgiLayout& layout, std::span<const SgiRowPlace> places);
+    SgiRows(SharedSource& source, const SgiLayout& layout, std::span<const SgiRowPlace> places);
 
     /// Reads the rows first to end - 1, counted from the top. @p out is where the picture's first
     /// row goes. After a refusal @p first is the row that it is about.
@@ -72,7 +57,7 @@ private:
     ReadResult readCodedRow(std::size_t row, unsigned char* out);
     ReadResult expandRow(const SgiRowPlace& place, std::span<unsigned char> out);
 
-    SgiSource& m_source;
+    SharedSource& m_source;
     const SgiLayout m_layout;
     const std::span<const SgiRowPlace> m_places;
     const std::size_t m_bandRows;         // that are read at once

@@ -35,7 +35,8 @@ public:
     /// Where `data` is in the source.
     std::uint64_t place() const { return m_offset - size(); }
 
-    /// More than any scanline can take: seven bytes for each of 65535 pixels.
+    /// More than any scanline can take: of a Softimage picture seven bytes for each of 65535
+    /// pixels, of a Radiance picture two for each of 4 x 32767.
     static constexpr std::size_t kCapacity = 512 * 1024;
 
 private:

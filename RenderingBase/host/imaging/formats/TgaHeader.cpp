@@ -24,7 +24,7 @@
 
 #include "RenderingBase/host/imaging/formats/TgaHeader.h"
 
-#include "RenderingBase/host/imaging/formats/LittleEndian.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
 
 #include <algorithm>
 #include <array>

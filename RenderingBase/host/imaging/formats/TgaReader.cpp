@@ -13,9 +13,10 @@
 // outside of the map is black and opaque.
 
 #include "RenderingBase/host/imaging/formats/BufferedSource.h"
+#include "RenderingBase/host/imaging/formats/Endian.h"
 #include "RenderingBase/host/imaging/formats/ImageReader.h"
-#include "RenderingBase/host/imaging/formats/LittleEndian.h"
 #include "RenderingBase/host/imaging/formats/PackedPixels.h"
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 #include "RenderingBase/host/imaging/formats/StoredRows.h"
 #include "RenderingBase/host/imaging/formats/TgaHeader.h"
@@ -142,8 +143,8 @@ ReadResult TgaReader::readMap() {
     std::vector<unsigned char> stored(m_header.mapEntries * m_header.mapEntryBytes());
     if (!stored.empty() &&
         m_source.read(m_header.mapBegin, stored.data(), stored.size()) < stored.size())
-        return refuse("a colour map of " + std::to_string(stored.size()) + " bytes",
-                      "the end of the file", "byte " + std::to_string(m_header.mapBegin));
+        return refuse("a colour map of " + bytesText(stored.size()), "the end of the file",
+                      placeText(m_header.mapBegin));
     const std::size_t indices = std::size_t{1} << m_header.bits;
     m_map.assign(m_channels * indices + 1, 0);
     if (m_channels == 4)
@@ -202,9 +203,8 @@ ReadResult TgaReader::readPackets() {
     std::vector<unsigned char> row(rowBytes());
     for (std::int64_t stored = 0; stored < m_header.height; ++stored) {
         if (!packets.read(row))
-            return refuse(
-                "packets up to the last pixel", "the end of the file",
-                "byte " + std::to_string(packets.position()) + ", row " + std::to_string(stored));
+            return refuse("packets up to the last pixel", "the end of the file",
+                          placeText(packets.position()) + ", row " + std::to_string(stored));
         emit(row.data(), stored);
     }
     return {};
@@ -216,8 +216,8 @@ ReadResult TgaReader::readPlainRows() {
     for (std::int64_t stored = 0; stored < m_header.height; ++stored) {
         const unsigned char* const row = rows.next();
         if (!row)
-            return refuse("a row of " + std::to_string(rowBytes()) + " bytes",
-                          "the end of the file", "row " + std::to_string(stored));
+            return refuse("a row of " + bytesText(rowBytes()), "the end of the file",
+                          "row " + std::to_string(stored));
         emit(row, stored);
     }
     return {};

@@ -11,6 +11,7 @@
 
 #include "RenderingBase/host/imaging/formats/TiffDirectoryCheck.h"
 
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 #include <algorithm>
@@ -71,7 +72,7 @@ ReadResult DirectoryWalk::findDirectory() {
         return refuse("a header", "the end of the file");
     const std::size_t headerBytes = m_bigTiff ? 16 : 8;
     if (m_offset < headerBytes || !readNumber(m_offset, countBytes(), m_fields))
-        return refuse("a directory within a file of " + std::to_string(m_size) + " bytes",
+        return refuse("a directory within a file of " + bytesText(m_size),
                       "one at byte " + std::to_string(m_offset));
     return {};
 }
@@ -98,9 +99,8 @@ ReadResult DirectoryWalk::addValues() {
     for (std::size_t at = 0; at < fields.size() && sum <= most; at += fieldBytes())
         sum += valueBytes(fields.data() + at);
     if (sum > most)
-        return refuse("fields with values of together at most " + std::to_string(most) + " bytes",
-                      "at least " + std::to_string(sum) + " bytes",
-                      "byte " + std::to_string(m_offset));
+        return refuse("fields with values of together at most " + bytesText(most),
+                      "at least " + bytesText(sum), placeText(m_offset));
     return {};
 }
 
@@ -108,12 +108,11 @@ ReadResult DirectoryWalk::walk() {
     // The codec library reads no more of them.
     constexpr std::uint64_t kMostFields = 4096;
     if (ReadResult refusal = findDirectory()) return refusal;
-    const std::string where = "byte " + std::to_string(m_offset);
+    const std::string where = placeText(m_offset);
     const std::uint64_t room = m_size - m_offset - countBytes();
     if (m_fields == 0) return refuse("a directory with fields", "an empty one", where);
     if (m_fields > room / fieldBytes())
-        return refuse("room for " + std::to_string(m_fields) + " fields",
-                      std::to_string(room) + " bytes", where);
+        return refuse("room for " + std::to_string(m_fields) + " fields", bytesText(room), where);
     if (m_fields > kMostFields)
         return refuse("at most " + std::to_string(kMostFields) + " fields",
                       std::to_string(m_fields), where);

@@ -3,31 +3,14 @@
 /// @file  Open TIFF files of the codec library, over bytes and without a word on standard error.
 /// The only header that includes the codec library's.
 
-#include "RenderingBase/host/imaging/formats/ByteSource.h"
+#include "RenderingBase/host/imaging/formats/SharedSource.h"
 
 #include <cstdint>
 #include <cstdio>
-#include <mutex>
 #include <string>
 #include <tiffio.h>
 
 namespace rb::imaging {
-
-/// A source that several handles read in turns.
-class SharedSource {
-public:
-    explicit SharedSource(ByteSource& source) : m_source(source), m_size(source.size()) {}
-    std::uint64_t size() const { return m_size; }
-    std::size_t read(std::uint64_t offset, void* to, std::size_t count) {
-        const std::lock_guard lock(m_mutex);
-        return m_source.read(offset, to, count);
-    }
-
-private:
-    std::mutex m_mutex;
-    ByteSource& m_source;
-    std::uint64_t m_size;
-};
 
 /// One handle of the library on the first directory of a file. Threads: one at a time; several
 /// handles may share a source.

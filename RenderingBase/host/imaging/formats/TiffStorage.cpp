@@ -1,5 +1,6 @@
 #include "RenderingBase/host/imaging/formats/TiffStorage.h"
 
+#include "RenderingBase/host/imaging/formats/RefusalTexts.h"
 #include "RenderingBase/host/imaging/formats/SaturatedMath.h"
 
 #include <algorithm>
@@ -29,13 +30,12 @@ ReadResult checkStoredBlock(const TiffHandle& handle, std::uint64_t fileBytes,
     const std::uint64_t offset = TIFFGetStrileOffset(handle.get(), block);
     count = TIFFGetStrileByteCount(handle.get(), block);
     if (offset > fileBytes || count > fileBytes - offset)
-        return refuse(std::to_string(count) + " bytes at byte " + std::to_string(offset),
-                      "a file of " + std::to_string(fileBytes) + " bytes", nameOfBlock(d, block));
+        return refuse(bytesText(count) + " at " + placeText(offset),
+                      "a file of " + bytesText(fileBytes), nameOfBlock(d, block));
     const std::uint32_t row = block % (d.across() * d.down()) / d.across();
     const std::uint64_t least = leastStored(d, d.rowsInBlock(row));
     if (count < least)
-        return refuse("at least " + std::to_string(least) + " bytes",
-                      std::to_string(count) + " bytes", nameOfBlock(d, block));
+        return refuse("at least " + bytesText(least), bytesText(count), nameOfBlock(d, block));
     return {};
 }
 
@@ -65,9 +65,9 @@ ReadResult checkTileSize(const TiffDirectory& d, std::uint64_t planes) {
     const std::uint64_t picture =
         saturatedProduct(saturatedProduct(d.width, d.height), planes * pixelBits) / 8;
     const std::uint64_t most = std::max(16 * kMiB, saturatedProduct(4, picture));
-    return !d.tiled || tile <= most ? ReadResult{}
-                                    : refuse("tiles of at most " + std::to_string(most) + " bytes",
-                                             std::to_string(tile) + " bytes");
+    return !d.tiled || tile <= most
+               ? ReadResult{}
+               : refuse("tiles of at most " + bytesText(most), bytesText(tile));
 }
 
 ReadResult checkStoredBlocks(const TiffHandle& handle, std::uint64_t fileBytes,
@@ -82,8 +82,8 @@ ReadResult checkStoredBlocks(const TiffHandle& handle, std::uint64_t fileBytes,
                 return refusal;
             sum += count;
             if (sum > most)
-                return refuse("blocks of together at most " + std::to_string(most) + " bytes",
-                              "at least " + std::to_string(sum) + " bytes", nameOfBlock(d, block));
+                return refuse("blocks of together at most " + bytesText(most),
+                              "at least " + bytesText(sum), nameOfBlock(d, block));
         }
     return {};
 }
