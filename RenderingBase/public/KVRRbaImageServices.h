@@ -88,7 +88,8 @@ public:
     /// Outside the ball pixels are black with alpha 1, kept for compatibility.
     /// @param f1..f6  Changed to RGBA in place when they are in another format.
     /// @return  A new RGBA image, as wide and as high as f5 is wide, one reference for the caller;
-    ///          null when a face is missing, when they are not all of one size, and without memory.
+    ///          null when a face is missing, when they are not all of one size, when the ball would
+    ///          have more pixels than KVRImagePixelLimit, and without memory.
     static KVRPixelImage* BuildPixelImageFromAllFaces(KVRPixelImage* f1, KVRPixelImage* f2,
                                                       KVRPixelImage* f3, KVRPixelImage* f4,
                                                       KVRPixelImage* f5, KVRPixelImage* f6);

@@ -177,6 +177,11 @@ TEST_F(MirrorBallOfImages, the_size_is_that_of_the_fifth_and_of_all) {
     EXPECT_FALSE(ball());
 }
 
+TEST_F(MirrorBallOfImages, a_ball_of_too_many_pixels_is_not_made) {
+    for (Image& face : m_faces) face = Image::Adopt(new KVRPixelImage(16385, 1, Format::RGBA));
+    EXPECT_FALSE(ball());
+}
+
 TEST_F(MirrorBallOfImages, other_formats_are_changed_in_place) {
     m_faces[2] = Image::Adopt(new KVRPixelImage(8, 8, Format::L));
     m_faces[2]->GetPixelsToModify()[0] = 50;

@@ -100,6 +100,16 @@ TEST(Dds, faces_and_levels_outlive_their_texture) {
     EXPECT_EQ(valueOf(level, 1, 1), 52);
 }
 
+TEST(Dds, a_face_that_changes_leaves_its_cube_as_it_was) {
+    for (const int levels : {1, 3}) {
+        const Texture texture = loadTexture(squares(4, kFaces, levels, true).build());
+        const Texture face = faceOf(texture, 0);
+        EXPECT_EQ(face->ChangeFormat(Format::RGBA), S_OK);
+        EXPECT_EQ(valueOf(asImage(texture), 4, 4), 0);
+        EXPECT_EQ(face->GetFormat(), Format::RGBA);
+    }
+}
+
 TEST(Dds, blocks_of_small_levels_are_whole) {
     // 6 x 3 texels are 2 x 1 blocks, the levels 3 x 1 and 1 x 1 one block each.
     DdsBuilder dds = dx10(80, 6, std::string(4 * 8, '\0'));
@@ -173,6 +183,13 @@ TEST(Dds, volumes_and_incomplete_cubes_are_refused) {
     DdsBuilder newer = squares(4, 1, 1, true);
     newer.dimension = 4;
     EXPECT_NE(textureRefusalOf(newer.build()).find("volume"), std::string::npos);
+}
+
+TEST(Dds, cubes_of_faces_that_are_not_square_are_refused) {
+    DdsBuilder dds = dx10(61, 4, std::string(6 * 8, '\0'));
+    dds.height = 2;
+    dds.misc = kDx10Cube;
+    EXPECT_NE(textureRefusalOf(dds.build()).find("square faces, found 4 x 2"), std::string::npos);
 }
 
 TEST(Dds, absurd_sizes_are_refused_before_memory_is_taken) {

@@ -143,6 +143,20 @@ TEST(MirrorBall, the_middle_shows_what_is_behind_the_eye) {
     EXPECT_EQ(pixelAt(rendered(faces, 33, 33), 16 * 33 + 16), pixelAt(faces[MinusZ], 16 * 33 + 16));
 }
 
+TEST(MirrorBall, edges_belong_to_the_side_that_is_tried_first) {
+    const auto faces = markedFaces(33, 33);
+    const Picture ball = rendered(faces, 33, 33);
+    const auto texel = [&](Side side, std::size_t column, std::size_t row) {
+        return pixelAt(faces[side], row * 33 + column);
+    };
+    // On the diagonals, rays end where a side above or below meets one to the left or right.
+    EXPECT_EQ(pixelAt(ball, 6 * 33 + 6), texel(MinusY, 0, 1));
+    EXPECT_EQ(pixelAt(ball, 6 * 33 + 26), texel(MinusY, 0, 2));
+    // The circle belongs to the ball.
+    EXPECT_EQ(pixelAt(ball, 16 * 33), texel(PlusZ, 16, 16));
+    EXPECT_EQ(pixelAt(ball, 16), texel(PlusZ, 16, 16));
+}
+
 TEST(MirrorBall, corners_are_black_with_alpha_1) {
     const Picture ball = rendered(markedFaces(33, 33), 33, 33);
     for (const std::size_t corner : {0U, 32U, 32U * 33U, 33U * 33U - 1})

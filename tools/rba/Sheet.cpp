@@ -84,13 +84,19 @@ Layout layOut(const Texture& texture) {
     return layout;
 }
 
+/// The longest side that a filtered zoom takes.
+constexpr int kLongestFiltered = 1 << 20;
+
 /// The surface in the size in which it is shown, as 8-bit RGBA.
 Image shown(Image surface, const Column& column) {
     int width = 0, height = 0;
     surface->GetSize(width, height);
-    if (width != column.shownWidth || height != column.shownHeight)
+    if (width != column.shownWidth || height != column.shownHeight) {
+        const bool isFilterable = std::max(width, height) <= kLongestFiltered;
         surface = Image::Adopt(surface->CreateZoomedImage(
-            column.shownWidth, column.shownHeight, static_cast<int>(KVRPixelZoom::Filtered)));
+            column.shownWidth, column.shownHeight,
+            static_cast<int>(isFilterable ? KVRPixelZoom::Filtered : KVRPixelZoom::Nearest)));
+    }
     if (surface) surface = Image::Adopt(surface->Duplicate(KVRPixelImageFormat::RGBA));
     if (!surface) throw Failure("expected memory for a picture of the sheet, found none");
     return surface;

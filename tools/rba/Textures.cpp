@@ -1,48 +1,31 @@
 #include "tools/rba/Textures.h"
 
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "tools/rba/Context.h"
 #include "tools/rba/Images.h"
 #include "tools/rba/Paths.h"
 
-#include <cstddef>
-#include <fstream>
-#include <span>
+#include <string>
 #include <utility>
 
 namespace rb::cli {
 namespace {
 
 constexpr int kDecodeOnProcessor = 1;
-constexpr const char* kDds = "dds";
-constexpr const char* kKtx2 = "ktx2";
 
 using Image = KVRVar<KVRPixelImage>;
 
-/// The first bytes of a file; none when it cannot be read.
-std::string headOf(const std::string& path) {
-    std::string head(16, '\0');
-    std::ifstream file(path, std::ios::binary);
-    file.read(head.data(), static_cast<std::streamsize>(head.size()));
-    head.resize(static_cast<std::size_t>(file.gcount()));
-    return head;
-}
+struct Container {
+    const char* name;
+    KVRTexturePixelImage* (*read)(const KVRUnicodeString& path, int flag);
+};
 
-/// Null when neither the first bytes nor the name say which container it is.
-const char* containerOf(const std::string& path, const std::string& head) {
-    if (head.starts_with("DDS ")) return kDds;
-    if (head.starts_with("\xABKTX 20\xBB")) return kKtx2;
-    const std::string extension = lowerExtension(path);
-    return extension == kDds ? kDds : extension == kKtx2 ? kKtx2 : nullptr;
-}
+constexpr Container kContainers[] = {{"dds", CreateTextureFromDDSFile},
+                                     {"ktx2", CreateTextureFromKTX2File}};
 
-KVRTexturePixelImage* read(const std::string& path, const std::string& head,
-                           const char* container) {
-    const KVRUnicodeString file = frameworkPath(path);
-    if (container == kKtx2) return CreateTextureFromKTX2File(file, kDecodeOnProcessor);
-    // A file that cannot even be opened is refused with the reason of the system.
-    if (container == kDds || head.empty())
-        return CreateTextureFromDDSFile(file, kDecodeOnProcessor);
-    return CreateTextureFromMemory(std::as_bytes(std::span(head)), file);
+/// Whether the last file was refused because its first bytes are those of another format.
+bool wasAnotherFormat(const Container& container) {
+    return KVRLastImageError().expected == "a " + std::string(container.name) + " file";
 }
 
 Image levelOf(KVRPixelImage* picture, int level) {
@@ -56,11 +39,13 @@ Image levelOf(KVRPixelImage* picture, int level) {
 }  // namespace
 
 Texture Texture::load(const std::string& typedPath) {
-    const std::string head = headOf(typedPath);
-    const char* const container = containerOf(typedPath, head);
-    auto image = KVRVar<KVRTexturePixelImage>::Adopt(read(typedPath, head, container));
-    if (!image) throw Failure(typedPath, imageErrorReason());
-    return {container, std::move(image)};
+    for (const Container& container : kContainers) {
+        auto image = KVRVar<KVRTexturePixelImage>::Adopt(
+            container.read(frameworkPath(typedPath), kDecodeOnProcessor));
+        if (image) return {container.name, std::move(image)};
+        if (!wasAnotherFormat(container)) throw Failure(typedPath, imageErrorReason());
+    }
+    throw Failure(typedPath, "expected a dds or ktx2 file, found " + KVRLastImageError().found);
 }
 
 Texture::Texture(const char* container, KVRVar<KVRTexturePixelImage> image)

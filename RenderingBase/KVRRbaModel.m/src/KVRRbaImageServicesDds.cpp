@@ -1,12 +1,14 @@
 // DDS textures: which kind a file is of, and the one picture that it is loaded as.
 
 #include "RenderingBase/KVRRbaModel.m/src/DdsImage.h"
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
 
 #include <array>
 #include <cstring>
+#include <string_view>
 
 namespace {
 
@@ -60,6 +62,19 @@ KVRPixelImage* loadCubeWithMipMaps(const KVRVizCubicEnvMapWithMipMap& cube) {
     return mirrorBall({half(2), half(3), half(0), half(1), half(5), half(4)});
 }
 
+KVRPixelImage* pictureOf(KVRTexturePixelImage& texture) {
+    switch (kindOf(texture)) {
+        case kWithMipMaps:
+            return loadWithMipMaps(dynamic_cast<KVRVizTextureWithMipMap&>(texture));
+        case kCube:
+            return loadCube(dynamic_cast<KVRVizCubicEnvMap&>(texture));
+        case kCubeWithMipMaps:
+            return loadCubeWithMipMaps(dynamic_cast<KVRVizCubicEnvMapWithMipMap&>(texture));
+        default:
+            return duplicate(texture);
+    }
+}
+
 }  // namespace
 
 int KVRRbaImageServices::CheckDDSFormat(const KVRUnicodeString& path) {
@@ -71,15 +86,9 @@ int KVRRbaImageServices::CheckDDSFormat(const KVRUnicodeString& path) {
 KVRPixelImage* rb::loadDdsImage(const KVRUnicodeString& path) {
     const Texture texture = readTexture(path);
     if (!texture) return nullptr;
-    KVRTexturePixelImage* const read = texture.Get();
-    switch (kindOf(*read)) {
-        case kWithMipMaps:
-            return loadWithMipMaps(dynamic_cast<KVRVizTextureWithMipMap&>(*read));
-        case kCube:
-            return loadCube(dynamic_cast<KVRVizCubicEnvMap&>(*read));
-        case kCubeWithMipMaps:
-            return loadCubeWithMipMaps(dynamic_cast<KVRVizCubicEnvMapWithMipMap&>(*read));
-        default:
-            return duplicate(*read);
-    }
+    KVRPixelImage* const picture = pictureOf(*texture.Get());
+    // The texture has all that a picture needs: only memory can be missing.
+    if (!picture)
+        KVRSetLastImageError(path, "enough memory for a picture of the texture", "none left");
+    return picture;
 }

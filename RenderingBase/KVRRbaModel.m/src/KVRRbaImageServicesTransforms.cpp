@@ -2,6 +2,7 @@
 
 #include "RenderingBase/KVRRbaModel.m/src/kernels/MirrorBall.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "RenderingBase/host/modeler/KVRVar.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
 
 #include <array>
@@ -35,17 +36,19 @@ KVRPixelImage* KVRRbaImageServices::BuildPixelImageFromAllFaces(
             face->ChangeFormat(KVRPixelImageFormat::RGBA) != S_OK)
             return nullptr;
     const Size size = sizeOf(*f5);
+    // Low faces of few pixels could ask for a ball of more than there is memory.
+    if (!KVRPixelImage::IsWithinPixelLimit(size.width, size.width)) return nullptr;
     rb::kernels::CubePictures cube{
         {}, static_cast<std::size_t>(size.width), static_cast<std::size_t>(size.height)};
     for (std::size_t i = 0; i < faces.size(); ++i) {
         // Another size would be read beyond its end.
-        if (size.width < 1 || !(sizeOf(*faces[i]) == size)) return nullptr;
+        if (!(sizeOf(*faces[i]) == size)) return nullptr;
         cube.faces[i] = faces[i]->GetPixelsToRead();
     }
-    KVRPixelImage* const ball =
-        KVRPixelImage::CreateUnfilled(size.width, size.width, KVRPixelImageFormat::RGBA);
+    auto ball = KVRVar<KVRPixelImage>::Adopt(
+        KVRPixelImage::CreateUnfilled(size.width, size.width, KVRPixelImageFormat::RGBA));
     rb::kernels::renderMirrorBall(cube, {ball->GetPixelsToModify(), 4 * cube.width * cube.width});
-    return ball;
+    return ball.Detach();
 } catch (const std::bad_alloc&) {
     return nullptr;
 }

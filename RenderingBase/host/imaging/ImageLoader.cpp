@@ -59,7 +59,8 @@ std::span<const ImageFormat> imageFormats() {
 std::string imageExtension(std::string_view name) {
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     std::size_t dot = name.rfind('.');
-    if (dot != name.npos && dot > 0 && std::all_of(name.begin() + dot + 1, name.end(), isDigit)) {
+    if (dot != name.npos && dot > 0 && dot + 1 < name.size() &&
+        std::all_of(name.begin() + dot + 1, name.end(), isDigit)) {
         name = name.substr(0, dot);
         dot = name.rfind('.');
     }

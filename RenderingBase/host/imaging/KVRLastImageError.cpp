@@ -2,11 +2,20 @@
 
 #include "RenderingBase/host/imaging/LastImageError.h"
 
+#include <new>
+
 namespace {
 thread_local KVRImageError lastError;
 }
 
 const KVRImageError& KVRLastImageError() { return lastError; }
+
+void KVRSetLastImageError(const KVRUnicodeString& file, const char* expected,
+                          const char* found) noexcept try {
+    lastError = KVRImageError{file, expected, found, {}};
+} catch (const std::bad_alloc&) {
+    rb::imaging::noteLackOfMemory();
+}
 
 KVRUnicodeString KVRImageError::Message() const {
     std::string text = file.CastToCharPtr();

@@ -21,3 +21,7 @@ struct KVRImageError {
 /// The reason of the calling thread's last failed image operation (reading, raster information,
 /// writing). All texts are empty when the last one succeeded, or when there was none.
 KVR_EXPORT const KVRImageError& KVRLastImageError();
+
+/// Sets the reason, for a service that fails after the host has done its part. Texts as above.
+KVR_EXPORT void KVRSetLastImageError(const KVRUnicodeString& file, const char* expected,
+                                     const char* found) noexcept;

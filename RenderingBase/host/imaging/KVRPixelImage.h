@@ -81,6 +81,9 @@ public:
     /// The same from the bytes of a file; @p name stands for the path.
     static KVRPixelImage* CreateFromMemory(std::span<const std::byte> file,
                                            const KVRUnicodeString& name);
+    /// Whether an image of this size may be made of files: KVRImagePixelLimit of the environment
+    /// says how many pixels (2^28 without it; none when it is not a whole positive number).
+    static bool IsWithinPixelLimit(int width, int height);
     /// An image whose pixels are undefined, for code that writes every byte. Throws std::bad_alloc.
     static KVRPixelImage* CreateUnfilled(int width, int height, KVRPixelImageFormat format);
     /// An image that takes over @p pixels: width x height x bytes per pixel of @p format.

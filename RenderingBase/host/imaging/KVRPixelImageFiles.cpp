@@ -4,6 +4,7 @@
 #include "RenderingBase/host/imaging/ImageLoader.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/imaging/LastImageError.h"
+#include "RenderingBase/host/imaging/ReaderGuards.h"
 #include "RenderingBase/host/imaging/formats/ImageWriter.h"
 
 #include <array>
@@ -102,6 +103,11 @@ KVRPixelImage* load(ByteSource& source, const KVRUnicodeString& name, ReadResult
 }
 
 }  // namespace
+
+bool KVRPixelImage::IsWithinPixelLimit(int width, int height) {
+    return !rb::imaging::checkSides(width, height) &&
+           !rb::imaging::checkSize(width, height, 1, 0, 0);
+}
 
 KVRPixelImage* KVRPixelImage::CreateFromFileEx(const KVRUnicodeString& path, int, int) try {
     std::string reason;

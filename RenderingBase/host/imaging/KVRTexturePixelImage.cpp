@@ -1,13 +1,18 @@
 #include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <span>
 #include <utility>
 
 namespace {
 
-/// A look at the pixels of @p image, which must outlive it.
-rb::imaging::PixelStorage viewOf(KVRPixelImage& image) {
-    const std::span<std::byte> pixels = image.GetRawPixels();
-    return rb::imaging::PixelStorage::view(pixels.data(), pixels.size());
+/// A copy, because the face may change its format and size apart from the cube.
+rb::imaging::PixelStorage copyOf(const KVRPixelImage& image) {
+    const std::span<const std::byte> pixels = image.GetRawPixels();
+    rb::imaging::PixelStorage copy(pixels.size(), rb::imaging::PixelStorage::Fill::None);
+    std::copy(pixels.begin(), pixels.end(), copy.data());
+    return copy;
 }
 
 int widthOf(const KVRPixelImage& image) {
@@ -51,14 +56,14 @@ KVRPixelImage* KVRVizTextureWithMipMap::GetMipMap(int level) {
 
 KVRVizCubicEnvMap::KVRVizCubicEnvMap(const std::array<Face, 6>& faces)
     : KVRClass(widthOf(*faces[0].Get()), heightOf(*faces[0].Get()), faces[0]->GetFormat(),
-               viewOf(*faces[0].Get())),
+               copyOf(*faces[0].Get())),
       m_faces(faces) {}
 
 KVRTexturePixelImage* KVRVizCubicEnvMap::GetFace(int face) const { return shared(m_faces, face); }
 
 KVRVizCubicEnvMapWithMipMap::KVRVizCubicEnvMapWithMipMap(const std::array<Face, 6>& faces)
     : KVRClass(widthOf(*faces[0].Get()), heightOf(*faces[0].Get()), faces[0]->GetFormat(),
-               viewOf(*faces[0].Get())),
+               copyOf(*faces[0].Get())),
       m_faces(faces) {}
 
 KVRVizTextureWithMipMap* KVRVizCubicEnvMapWithMipMap::GetFace(int face) const {

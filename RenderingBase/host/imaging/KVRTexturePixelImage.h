@@ -55,7 +55,7 @@ private:
     std::vector<Level> m_smaller;
 };
 
-/// A cube of faces without further levels. Its own pixels are those of face 0.
+/// A cube of square faces without further levels. Its own pixels are a copy of those of face 0.
 class KVR_EXPORT KVRVizCubicEnvMap : public KVRClass<"KVRVizCubicEnvMap", KVRTexturePixelImage> {
 public:
     using Face = KVRVar<KVRTexturePixelImage>;
@@ -68,7 +68,8 @@ private:
     std::array<Face, 6> m_faces;
 };
 
-/// A cube of faces with further levels. Its own pixels are those of face 0 at level 0.
+/// A cube of square faces with further levels. Its own pixels are a copy of those of face 0 at
+/// level 0.
 class KVR_EXPORT KVRVizCubicEnvMapWithMipMap
     : public KVRClass<"KVRVizCubicEnvMapWithMipMap", KVRTexturePixelImage> {
 public:

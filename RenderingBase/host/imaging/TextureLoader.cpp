@@ -29,6 +29,16 @@ std::size_t pixelBytes(const TextureHeader& header, int level) {
            static_cast<std::size_t>(layoutOf(header.texels.delivered).bytesPerPixel());
 }
 
+/// Holds what a header says against what can be delivered and what the file has.
+ReadResult checkHeader(const TextureHeader& header, std::uint64_t fileBytes) {
+    if (ReadResult refusal = checkSides(header.width, header.height)) return refusal;
+    if (header.faces > 1 && header.width != header.height)
+        return refuse("a cube of square faces",
+                      std::to_string(header.width) + " x " + std::to_string(header.height));
+    return checkSize(header.width, header.height, static_cast<std::uint64_t>(header.faces),
+                     header.leastFileBytes, fileBytes);
+}
+
 /// Reads and decodes the surfaces one after the other, in the order that readers want.
 class SurfaceDecoder {
 public:
@@ -86,11 +96,7 @@ ReadResult loadTexture(ByteSource& source, std::span<const TextureFormat> format
         const auto reader = format->open(source);
         TextureHeader& header = texture.header;
         if (ReadResult refused = reader->readHeader(header)) return refused;
-        if (ReadResult refused = checkSides(header.width, header.height)) return refused;
-        if (ReadResult refused =
-                checkSize(header.width, header.height, static_cast<std::uint64_t>(header.faces),
-                          header.leastFileBytes, source.size()))
-            return refused;
+        if (ReadResult refused = checkHeader(header, source.size())) return refused;
         return SurfaceDecoder(*reader, texture).decodeAll();
     });
     return afterReading(source, std::move(refusal));
