@@ -1,28 +1,49 @@
 #!/usr/bin/env bash
-# Whole processes on the files of decode_benchmark (run benchmarks/run.sh first, it makes them): decoding
-# with rba beside two other programs, and the start-up of rba. Medians, in milliseconds.
+# Whole processes on the files of decode_benchmark and formats_benchmark (run benchmarks/run.sh first, it
+# makes them): decoding and conversion to bmp with rba beside two other programs, and the start-up of
+# rba. Milliseconds: the median of the clock and, in brackets, the processor's mean time, which other
+# work on the machine disturbs less.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 scripts/setup.sh run test benchmark
 rba=$PWD/build/release/bin/rba
 folder=${TMPDIR:-/tmp}/rb-benchmark
-work=$(mktemp -d)
+# In memory where that can be: rba waits until its file is on the disk, the others do not.
+work=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-median() {  # of a command that must succeed
+measured() {  # of a command that must succeed
     hyperfine --shell none --warmup 2 --runs 15 --style none --export-csv "$work/result.csv" "$1" >/dev/null
-    awk -F, 'NR == 2 { printf "%.1f", 1000 * $4 }' "$work/result.csv"
+    awk -F, 'NR == 2 { printf "%.1f (%.1f)", 1000 * $4, 1000 * ($5 + $6) }' "$work/result.csv"
 }
 
-printf '%-24s %10s %10s %10s\n' "decode 4096 x 4096" rba oiiotool convert
+need() {
+    [ -e "$1" ] || { echo "missing: $1; run benchmarks/run.sh first" >&2; exit 1; }
+}
+
+printf '%-24s %18s %18s %18s\n' "decode 4096 x 4096" rba oiiotool convert
 for extension in jpg png tif exr; do
     file=$folder/photo-like.$extension
-    [ -e "$file" ] || { echo "missing: $file; run benchmarks/run.sh first" >&2; exit 1; }
-    ours=$(median "$rba image info $file")
-    oiio=$(median "oiiotool -i:now=1 $file")
+    need "$file"
+    ours=$(measured "$rba image info $file")
+    oiio=$(measured "oiiotool -i:now=1 $file")
     magick=-
     # Debian's ImageMagick has no exr.
-    [ "$extension" = exr ] || magick=$(median "convert $file null:")
-    printf '%-24s %10s %10s %10s\n' "$extension" "$ours" "$oiio" "$magick"
+    [ "$extension" = exr ] || magick=$(measured "convert $file null:")
+    printf '%-24s %18s %18s %18s\n' "$extension" "$ours" "$oiio" "$magick"
 done
-printf '%-24s %10s\n' "start-up, rba env" "$(median "$rba env")"
+
+# Uncompressed bmp, the cheapest file that all three write: 24 bits, of the dds 32.
+printf '\n%-24s %18s %18s %18s\n' "convert to bmp" rba oiiotool convert
+for name in 24.bmp raw.tga rle.tga raw.psd rle.psd raw.sgi rle.sgi bgra.dds; do
+    file=$folder/drawing.$name
+    need "$file"
+    type=TrueColor
+    [ "$name" != bgra.dds ] || type=TrueColorAlpha
+    ours=$(measured "$rba image convert $file $work/out.bmp")
+    oiio=$(measured "oiiotool $file -o $work/out.bmp")
+    # Without a type it would make a palette; [0] leaves out layers.
+    magick=$(measured "convert ${file}[0] -type $type BMP:$work/out.bmp")
+    printf '%-24s %18s %18s %18s\n' "$name" "$ours" "$oiio" "$magick"
+done
+printf '\n%-24s %18s\n' "start-up, rba env" "$(measured "$rba env")"

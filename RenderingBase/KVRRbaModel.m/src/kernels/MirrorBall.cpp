@@ -1,11 +1,12 @@
 // The ball stands in the middle of a box whose sides are the pictures. It is small: a ray leaves
 // near the middle, from a thousandth of the normal. Everything depends on the direction alone.
 //
-// A row is computed in two passes: directions, in loops that compilers turn into vector code, then
-// the search for the side that each ray hits. Every operation of a pixel is the same, in the same
-// order, as if it were computed for itself; so are its bits.
+// `rayAt` and `Box::texel` define what a pixel shows, operation by operation. Most pixels are
+// estimated instead (`MirrorBallEstimate.h`), which gives the same texel in less time.
 
 #include "RenderingBase/KVRRbaModel.m/src/kernels/MirrorBall.h"
+
+#include "RenderingBase/KVRRbaModel.m/src/kernels/MirrorBallEstimate.h"
 
 #include <cmath>
 #include <cstring>
@@ -14,11 +15,29 @@
 namespace rb::kernels {
 namespace {
 
+using ball::kRadius, ball::kTexelsPerLength, ball::place;
+
 constexpr std::array<std::uint8_t, 4> kNothing{0, 0, 0, 1};
 
 struct Vector {
     double x, y, z;
 };
+
+struct Ray {
+    Vector from, direction;
+};
+
+/// A view along z, mirrored where the ball is seen at (@p u, @p v).
+Ray rayAt(double u, double v) {
+    const double square = u * u + v * v;
+    const double depth = -std::sqrt(1 - square);
+    const double norm = std::sqrt(square + depth * depth);
+    const Vector n{u / norm, v / norm, depth / norm};
+    const Vector r{-2 * n.z * n.x, -2 * n.z * n.y, 1 - 2 * n.z * n.z};
+    const double length = std::sqrt(r.x * r.x + r.y * r.y + r.z * r.z);
+    return {{kRadius * n.x, kRadius * n.y, kRadius * n.z},
+            {r.x / length, r.y / length, r.z / length}};
+}
 
 /// Finds the texel that a ray hits.
 class Box {
@@ -27,12 +46,13 @@ public:
         : m_cube(cube),
           m_columns(static_cast<double>(cube.width)),
           m_rows(static_cast<double>(cube.height)),
-          m_a(m_columns / 100),
-          m_b(m_rows / 100),
-          m_c(m_columns / 100) {}
+          m_a(m_columns / kTexelsPerLength),
+          m_b(m_rows / kTexelsPerLength),
+          m_c(m_columns / kTexelsPerLength) {}
 
     /// @return  Four bytes, which stay the cube's.
-    const std::uint8_t* texel(const Vector& from, const Vector& ray) const {
+    const std::uint8_t* texel(const Ray& whole) const {
+        const Vector &from = whole.from, &ray = whole.direction;
         // Sides in this order: where two meet, a ray belongs to the first. Rows and columns count
         // in the other direction on two of them.
         if (ray.y != 0) {
@@ -67,12 +87,16 @@ public:
         return kNothing.data();
     }
 
-private:
-    const std::uint8_t* at(std::size_t face, double column, double row) const {
-        const std::size_t texel =
-            static_cast<std::size_t>(row) * m_cube.width + static_cast<std::size_t>(column);
+    /// A texel by its index, which may be beyond the picture.
+    const std::uint8_t* at(std::size_t face, std::size_t texel) const {
         return texel < m_cube.width * m_cube.height ? m_cube.faces[face] + 4 * texel
                                                     : kNothing.data();
+    }
+
+private:
+    const std::uint8_t* at(std::size_t face, double column, double row) const {
+        return at(face,
+                  static_cast<std::size_t>(row) * m_cube.width + static_cast<std::size_t>(column));
     }
 
     const CubePictures& m_cube;
@@ -80,74 +104,62 @@ private:
     double m_a, m_b, m_c;  // half the sides of the box
 };
 
-/// The normals and the reflected rays of one row of the ball.
-class RowOfRays {
-public:
-    explicit RowOfRays(std::size_t size)
-        : m_u(size),
-          m_depth(size),
-          m_nx(size),
-          m_ny(size),
-          m_nz(size),
-          m_rx(size),
-          m_ry(size),
-          m_rz(size) {
-        for (std::size_t i = 0; i < size; ++i) m_u[i] = place(i);
-    }
+void put(const std::uint8_t* texel, std::uint8_t* out) { std::memcpy(out, texel, 4); }
 
-    void compute(std::size_t row) {
-        const double v = place(row);
-        const std::size_t size = m_u.size();
-        for (std::size_t i = 0; i < size; ++i) {
-            const double u = m_u[i];
-            const double square = u * u + v * v;
-            const double nz = -std::sqrt(1 - square);
-            const double norm = std::sqrt(square + nz * nz);
-            m_depth[i] = square;
-            m_nx[i] = u / norm;
-            m_ny[i] = v / norm;
-            m_nz[i] = nz / norm;
-        }
-        for (std::size_t i = 0; i < size; ++i) {
-            const double x = -2 * m_nz[i] * m_nx[i];
-            const double y = -2 * m_nz[i] * m_ny[i];
-            const double z = 1 - 2 * m_nz[i] * m_nz[i];
-            const double norm = std::sqrt(x * x + y * y + z * z);
-            m_rx[i] = x / norm;
-            m_ry[i] = y / norm;
-            m_rz[i] = z / norm;
+bool isOutside(double u, double v) { return u * u + v * v > 1; }
+
+/// Every pixel by its definition.
+void renderLiterally(const CubePictures& cube, std::uint8_t* out) {
+    const Box box(cube);
+    for (std::size_t row = 0; row < cube.width; ++row) {
+        const double v = place(row, cube.width);
+        for (std::size_t i = 0; i < cube.width; ++i, out += 4) {
+            const double u = place(i, cube.width);
+            put(isOutside(u, v) ? kNothing.data() : box.texel(rayAt(u, v)), out);
         }
     }
+}
 
-    bool isOutside(std::size_t i) const { return m_depth[i] > 1; }
-    Vector begin(std::size_t i) const {
-        return {0.001 * m_nx[i], 0.001 * m_ny[i], 0.001 * m_nz[i]};
+void renderByEstimates(const CubePictures& cube, std::uint8_t* out, bool mayUseAvx2) {
+    const Box box(cube);
+    ball::RowEstimate estimate(cube.width, cube.height, mayUseAvx2);
+    const auto us = estimate.u();
+    std::vector<const std::uint8_t*> shown(cube.width);
+    for (std::size_t row = 0; row < cube.width; ++row, out += 4 * cube.width) {
+        const double v = place(row, cube.width);
+        std::size_t begin = 0, end = cube.width;
+        for (; begin < end && isOutside(us[begin], v); ++begin)
+            put(kNothing.data(), out + 4 * begin);
+        for (; end > begin && isOutside(us[end - 1], v); --end)
+            put(kNothing.data(), out + 4 * (end - 1));
+        estimate.compute(v, begin, end);
+        const auto faces = estimate.faces(), texels = estimate.texels();
+        for (std::size_t i = begin; i < end; ++i) {
+            shown[i] = faces[i] == estimate.kInDoubt ? box.texel(rayAt(us[i], v))
+                                                     : box.at(static_cast<std::size_t>(faces[i]),
+                                                              static_cast<std::size_t>(texels[i]));
+            // They lie far apart, each in a line of memory of its own.
+            __builtin_prefetch(shown[i]);
+        }
+        for (std::size_t i = begin; i < end; ++i) put(shown[i], out + 4 * i);
     }
-    Vector direction(std::size_t i) const { return {m_rx[i], m_ry[i], m_rz[i]}; }
+}
 
-private:
-    /// From -1 to 1 over the ball. A ball of one pixel has no such place, and no ray hits.
-    double place(std::size_t i) const {
-        return 2 * (static_cast<double>(i) / (static_cast<double>(m_u.size()) - 1) - 0.5);
-    }
-
-    std::vector<double> m_u, m_depth, m_nx, m_ny, m_nz, m_rx, m_ry, m_rz;
-};
+void render(const CubePictures& cube, std::span<std::uint8_t> ball, bool mayUseAvx2) {
+    if (ball::RowEstimate::isPossible(cube.width, cube.height))
+        renderByEstimates(cube, ball.data(), mayUseAvx2);
+    else
+        renderLiterally(cube, ball.data());
+}
 
 }  // namespace
 
 void renderMirrorBall(const CubePictures& cube, std::span<std::uint8_t> ball) {
-    const Box box(cube);
-    RowOfRays rays(cube.width);
-    std::uint8_t* out = ball.data();
-    for (std::size_t row = 0; row < cube.width; ++row) {
-        rays.compute(row);
-        for (std::size_t i = 0; i < cube.width; ++i, out += 4)
-            std::memcpy(
-                out,
-                rays.isOutside(i) ? kNothing.data() : box.texel(rays.begin(i), rays.direction(i)),
-                4);
-    }
+    render(cube, ball, true);
+}
+
+void detail::renderMirrorBallPortable(const CubePictures& cube, std::span<std::uint8_t> ball) {
+    render(cube, ball, false);
 }
 
 }  // namespace rb::kernels

@@ -25,4 +25,10 @@ struct CubePictures {
 /// deep as it is wide, a texel a hundredth.
 void renderMirrorBall(const CubePictures& cube, std::span<std::uint8_t> ball);
 
+namespace detail {
+
+/// What `renderMirrorBall` does on processors without AVX2.
+void renderMirrorBallPortable(const CubePictures& cube, std::span<std::uint8_t> ball);
+
+}  // namespace detail
 }  // namespace rb::kernels
