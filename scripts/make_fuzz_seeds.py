@@ -17,7 +17,7 @@ import zlib
 import icc
 import image_writers as write
 import seed_jpeg as jpeg
-import seed_writers as seed
+import simple_writers as seed
 
 SEEDS = pathlib.Path(__file__).resolve().parent.parent / "tests/fuzz/seeds"
 

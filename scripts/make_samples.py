@@ -24,6 +24,7 @@ import image_writers as write
 import sample_cube as cube
 import sample_scene as scene
 import sample_sky as sky
+import simple_writers as simple
 import texture_writers as textures
 
 IMAGES = pathlib.Path(__file__).resolve().parent.parent / "samples/images"
@@ -101,6 +102,25 @@ def tiled_tif():
                       predictor=2)
 
 
+def _studio_small():
+    """Rows of 160 RGB pixels, 120 of them."""
+    return [bytes(v for pixel in row for v in pixel) for row in studio_reduced(4)]
+
+
+def studio_bmp():
+    rows = [bytes(v for r, g, b in simple.split(row, 3) for v in (b, g, r))
+            for row in _studio_small()]
+    return simple.bmp(160, 120, 24, simple.bmp_rows(rows))
+
+
+def studio_rgb():
+    return simple.sgi([[row[c::3] for row in _studio_small()] for c in range(3)], coded=True)
+
+
+def studio_pic():
+    return simple.pic(160, 120, [(simple.PIC_MIXED, 0xE0)], [(row,) for row in _studio_small()])
+
+
 def bilevel_png():
     """The studio in black and white, the error of each pixel spread over its neighbours."""
     grey = [[(299 * r + 587 * g + 114 * b + 500) // 1000 for r, g, b in row]
@@ -153,12 +173,22 @@ def _iris_pixel(x, y):
     return red, green, blue, alpha * sky.smooth(-edge, edge, max(sides))
 
 
-def alpha_png():
-    size = 256
-    rows = [bytes(int(255.0 * v + 0.5) for x in range(size)
-                  for v in _iris_pixel((x + 0.5) / 128.0 - 1.0, (y + 0.5) / 128.0 - 1.0))
+def _iris_rows(size):
+    half = size / 2.0
+    return [bytes(int(255.0 * v + 0.5) for x in range(size)
+                  for v in _iris_pixel((x + 0.5) / half - 1.0, (y + 0.5) / half - 1.0))
             for y in range(size)]
-    return write.png(size, rows, write.RGBA)
+
+
+def alpha_png():
+    return write.png(256, _iris_rows(256), write.RGBA)
+
+
+def alpha_tga():
+    pixels = b"".join(bytes((b, g, r, a)) for row in _iris_rows(128)
+                      for r, g, b, a in simple.split(row, 4))
+    return simple.tga(128, 128, simple.TGA_COLOR | simple.TGA_CODED, 32, pixels,
+                      flags=simple.TGA_TOP_FIRST | 8, footer=True)
 
 
 def grey_tif():
@@ -201,15 +231,28 @@ def wide_gamut_png():
     return write.png(24 * len(hues), rows, write.RGB, chunks=chunks)
 
 
-def cmyk_tif():
+CMYK_WIDTH, CMYK_HEIGHT = 128, 96
+
+
+def _ink_rows():
     """Ramps of the four inks, 12 rows each, over cyan against yellow with magenta downwards."""
-    width, height = 128, 96
+    width, height = CMYK_WIDTH, CMYK_HEIGHT
     rows = [bytes(2 * x if ink == y // 12 else 0 for x in range(width) for ink in range(4))
             for y in range(48)]
     rows += [bytes(v for x in range(width) for v in (2 * x, 5 * (y - 48), 255 - 2 * x, 0))
              for y in range(48, height)]
-    strip = write.lzw(b"".join(rows))
-    return write.tiff("<", width, height, 4, write.SEPARATED, [strip], compression=5)
+    return rows
+
+
+def cmyk_tif():
+    strip = write.lzw(b"".join(_ink_rows()))
+    return write.tiff("<", CMYK_WIDTH, CMYK_HEIGHT, 4, write.SEPARATED, [strip], compression=5)
+
+
+def cmyk_psd():
+    """Plane by plane; 255 is no ink."""
+    planes = [bytes(255 - v for v in row[ink::4]) for ink in range(4) for row in _ink_rows()]
+    return simple.psd(CMYK_WIDTH, CMYK_HEIGHT, 4, 8, simple.PSD_CMYK, planes, coded=True)
 
 
 # --- light in numbers -----------------------------------------------------------------------------
@@ -276,7 +319,8 @@ def grating_mips_dds():
 SAMPLES = {
     "studio.png": studio_png, "studio.jpg": studio_jpg, "gradient-16.png": gradient_16_png,
     "alpha.png": alpha_png, "grey.tif": grey_tif, "palette.png": palette_png,
-    "bilevel.png": bilevel_png, "sky.hdr": sky_hdr, "sky-half.exr": sky_half_exr,
+    "studio.bmp": studio_bmp, "alpha.tga": alpha_tga, "cmyk.psd": cmyk_psd,
+    "studio.rgb": studio_rgb, "studio.pic": studio_pic, "bilevel.png": bilevel_png, "sky.hdr": sky_hdr, "sky-half.exr": sky_half_exr,
     "depth-float.exr": depth_float_exr, "swapped.png": swapped_png,
     "wide-gamut.png": wide_gamut_png, "cmyk.tif": cmyk_tif, "tiled.tif": tiled_tif,
     "cube.dds": cube_dds, "cube-mips.dds": cube_mips_dds, "cube-mips.ktx2": cube_mips_ktx2,

@@ -14,7 +14,7 @@ struct KVRMMImageProp {
     int bitsPerChannel = 0;  ///< Stored bits of a sample.
     /// In which the image is delivered.
     KVRPixelImageFormat format = KVRPixelImageFormat::None;
-    KVRUnicodeString fileFormat;   ///< "png", "jpg", "tif", "exr" or "hdr".
+    KVRUnicodeString fileFormat;   ///< As in "png": the usual extension of the format.
     bool hasProfile = false;       ///< Whether a colour profile is embedded.
     KVRUnicodeString profileName;  ///< The embedded profile's description; empty without one.
 };

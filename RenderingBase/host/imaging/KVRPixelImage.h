@@ -62,7 +62,8 @@ public:
     KVRPixelImage& operator=(const KVRPixelImage&) = delete;
     ~KVRPixelImage() override;
 
-    /// Reads the image file at @p path: png, jpg, tif, exr or hdr, told apart by its first bytes.
+    /// Reads the image file at @p path: png, jpg, tif, exr, hdr, bmp, psd, psb, sgi, pic, told
+    /// apart by their first bytes, or tga, which needs its extension besides.
     ///
     /// Delivered are 8-bit formats for 1 to 4 channels of 1 to 16 bits (palettes expanded, CMYK and
     /// Lab converted to sRGB), half formats for half files, float formats for float files. No

@@ -1,5 +1,5 @@
-"""Writers of tiny files for scripts/make_fuzz_seeds.py, a function a format: bmp, tga, psd, sgi, pic,
-tif with any fields, dds and ktx2.
+"""Writers of small files for scripts/make_samples.py and scripts/make_fuzz_seeds.py, a function a
+format: bmp, tga, psd, sgi, pic, tif with any fields, dds and ktx2.
 
 Samples come as bytes, top row first, as the format has them within a row. What a format repeats or
 compresses is coded the simplest way that is right.
