@@ -10,9 +10,8 @@ allowed=$(
 tiffio[.]h                  RenderingBase/host/imaging/formats/TiffHandle[.]h
 jpeglib[.]h|jerror[.]h      RenderingBase/host/imaging/formats/Jpeg[A-Za-z]*[.](h|cpp)
 png[.]h                     RenderingBase/host/imaging/formats/Png[A-Za-z]*[.](h|cpp)
-libdeflate[.]h              RenderingBase/host/imaging/formats/(Png|Tiff|Ktx2|Deflate)[A-Za-z]*[.](h|cpp)
+libdeflate[.]h              RenderingBase/host/imaging/formats/(Png|Tiff|Deflate|Inflate)[A-Za-z]*[.](h|cpp)
 zstd[.]h                    RenderingBase/host/imaging/formats/Ktx2Reader[.]cpp
-libdeflate[.]h              RenderingBase/host/imaging/formats/(Png|Tiff|Deflate)[A-Za-z]*[.](h|cpp)
 zlib[.]h                    RenderingBase/host/imaging/formats/PsdInflate[.]cpp
 Imf[A-Za-z]*[.]h|OpenEXR/.* RenderingBase/host/imaging/formats/Exr[A-Za-z]*[.](h|cpp)
 Iex[.]h|Imath(Box|Vec)[.]h  RenderingBase/host/imaging/formats/Exr[A-Za-z]*[.](h|cpp)

@@ -292,27 +292,27 @@ TEST(BlockDecoder, a_large_picture_is_made_of_its_rows) {
 }
 
 struct RealFile {
-    const char* path;  ///< Below the data folder, without ".dds".
-    BlockKind kind;
+    const char* path;       ///< Below the data folder, without ".dds".
     const char* reference;  ///< The same for a PNG; none: `oiiotool` is asked.
+    BlockKind kind;
     int tolerance;
 };
 
 // Where the tolerance is 1, the decoder behind the reference rounds mixed values otherwise.
 const RealFile kRealFiles[] = {
-    {"dds/bc/DX10 BC1_UNORM", BlockKind::BC1, "dds/bc-ref/DX10 BC1_UNORM", 1},
-    {"dds/bc/DX10 BC2_UNORM_SRGB", BlockKind::BC2, "dds/bc-ref/DX10 BC2_UNORM_SRGB", 1},
-    {"dds/bc/DX10 BC4_SNORM", BlockKind::BC4Signed, "dds/bc-ref/DX10 BC4_SNORM", 0},
-    {"dds/bc/DX10 BC5_UNORM", BlockKind::BC5, "dds/bc-ref/DX10 BC5_UNORM", 1},
-    {"dds/bc/DX10 BC7_UNORM", BlockKind::BC7, "dds/bc-ref/DX10 BC7_UNORM", 0},
-    {"dds/bc/DX9 BC2_UNORM", BlockKind::BC2, "dds/bc-ref/DX9 BC2_UNORM", 1},
-    {"dds/bc/DX9 BC4_SNORM", BlockKind::BC4Signed, "dds/bc-ref/DX9 BC4_SNORM", 0},
-    {"dds/bc/DX9 BC5_UNORM", BlockKind::BC5, "dds/bc-ref/DX9 BC5_UNORM", 1},
-    {"dds/bc/dxt1", BlockKind::BC1, "dds/bc-ref/dxt1", 0},
-    {"dds/bc/dxt3", BlockKind::BC2, "dds/bc-ref/dxt3", 0},
-    {"dds/bc/dxt5-simple", BlockKind::BC3, "dds/bc-ref/dxt5-simple", 0},
-    {"dds/bc-fuzz/bc6 SF16 mode one 00011", BlockKind::BC6HSigned, nullptr, 0},
-    {"dds/bc-fuzz/bc7 mode 4", BlockKind::BC7, nullptr, 0},
+    {"dds/bc/DX10 BC1_UNORM", "dds/bc-ref/DX10 BC1_UNORM", BlockKind::BC1, 1},
+    {"dds/bc/DX10 BC2_UNORM_SRGB", "dds/bc-ref/DX10 BC2_UNORM_SRGB", BlockKind::BC2, 1},
+    {"dds/bc/DX10 BC4_SNORM", "dds/bc-ref/DX10 BC4_SNORM", BlockKind::BC4Signed, 0},
+    {"dds/bc/DX10 BC5_UNORM", "dds/bc-ref/DX10 BC5_UNORM", BlockKind::BC5, 1},
+    {"dds/bc/DX10 BC7_UNORM", "dds/bc-ref/DX10 BC7_UNORM", BlockKind::BC7, 0},
+    {"dds/bc/DX9 BC2_UNORM", "dds/bc-ref/DX9 BC2_UNORM", BlockKind::BC2, 1},
+    {"dds/bc/DX9 BC4_SNORM", "dds/bc-ref/DX9 BC4_SNORM", BlockKind::BC4Signed, 0},
+    {"dds/bc/DX9 BC5_UNORM", "dds/bc-ref/DX9 BC5_UNORM", BlockKind::BC5, 1},
+    {"dds/bc/dxt1", "dds/bc-ref/dxt1", BlockKind::BC1, 0},
+    {"dds/bc/dxt3", "dds/bc-ref/dxt3", BlockKind::BC2, 0},
+    {"dds/bc/dxt5-simple", "dds/bc-ref/dxt5-simple", BlockKind::BC3, 0},
+    {"dds/bc-fuzz/bc6 SF16 mode one 00011", nullptr, BlockKind::BC6HSigned, 0},
+    {"dds/bc-fuzz/bc7 mode 4", nullptr, BlockKind::BC7, 0},
 };
 
 int numberAt(const std::string& file, std::size_t place) {
