@@ -66,9 +66,10 @@ TEST(PsdColor, inks_without_a_fitting_profile_are_mixed_and_called_srgb) {
 TEST(PsdColor, embedded_profile_of_inks_is_used) {
     const std::vector<double> expected = sRgbOfAll(kPaperAndInks);
     std::vector<double> withAlpha;
+    int alpha = 10;
     for (std::size_t i = 0; i < expected.size(); ++i) {
         withAlpha.push_back(expected[i]);
-        if (i % 3 == 2) withAlpha.push_back(10 + static_cast<double>(i / 3));
+        if (i % 3 == 2) withAlpha.push_back(alpha++);
     }
     for (const unsigned bits : {8U, 16U})
         for (const bool opacity : {false, true}) {
