@@ -3,8 +3,8 @@
 //
 // The formats are found by the loaders themselves, from the first bytes; the name ends in ".tga" so
 // that a format that goes by its extension is tried as well. Every input is read twice, with
-// different values in fresh memory: a pixel of a small picture that nobody wrote, or that depends on
-// anything but the file, comes out differently.
+// different values in fresh memory: a pixel of a small picture that nobody wrote, or that depends
+// on anything but the file, comes out differently.
 
 #include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
