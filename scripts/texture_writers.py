@@ -128,7 +128,7 @@ def dds(faces, encode):
     return header + data
 
 
-# --- KTX 2 (Khronos, "KTX File Format Specification, version 2.0") ---------------------------------
+# --- KTX 2 (Khronos, "KTX File Format, version 2.0") ---------------------------------
 
 _R8G8B8A8_SRGB, _ZLIB = 43, 3
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file  Plain decoders of block-compressed textures: bit by bit and pixel by pixel, along the
-/// words of the Khronos Data Format Specification. What the fast ones are compared with.
+/// words of the Khronos Data Format Standard. What the fast ones are compared with.
 
 #include "RenderingBase/host/imaging/BlockPartitions.h"
 

@@ -7,7 +7,7 @@
 ///
 /// Choices 0 and 1 are the ends. When the first end is larger, 2 to 7 are the values that cut the
 /// line into seven equal parts. Otherwise 2 to 5 cut it into five, 6 is the least value and 7 the
-/// greatest. Sources: as for BC1; Khronos Data Format Specification, "RGTC Compressed Texture Image
+/// greatest. Sources: as for BC1; Khronos Data Format Standard, "RGTC Compressed Texture Image
 /// Formats".
 
 #include "RenderingBase/host/imaging/BlockBits.h"

@@ -1,7 +1,7 @@
 // BC4 and BC5: one and two channels, each in a block as the alpha of BC3. The signed kinds have
 // ends of -127 to 127 for -1 to 1; -128 counts as -127.
 //
-// Source: Khronos Data Format Specification, "RGTC Compressed Texture Image Formats".
+// Source: Khronos Data Format Standard, "RGTC Compressed Texture Image Formats".
 
 #include "RenderingBase/host/imaging/BlockAlpha.h"
 #include "RenderingBase/host/imaging/BlockRuns.h"

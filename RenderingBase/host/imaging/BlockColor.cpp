@@ -5,7 +5,7 @@
 //   bytes 4-7   the choices, from the lowest bits, row by row
 //
 // Sources: Microsoft, "Texture Block Compression in Direct3D 11"; Khronos Data Format
-// Specification, "S3TC Compressed Texture Image Formats". Both leave the rounding open. Here stored
+// Standard, "S3TC Compressed Texture Image Formats". Both leave the rounding open. Here stored
 // channels grow to the nearest of 255 steps and mixed ones are rounded up from their half: the
 // choice of other readers.
 

@@ -7,7 +7,7 @@
 //   partition    five bits, in modes with two lines: which division into subsets
 //   indices      row by row; four bits a pixel, or three with two lines
 //
-// Sources: Khronos Data Format Specification, "BPTC Compressed Texture Image Formats"; Microsoft,
+// Sources: Khronos Data Format Standard, "BPTC Compressed Texture Image Formats"; Microsoft,
 // "BC6H Format".
 
 #include "RenderingBase/host/imaging/BlockBits.h"

@@ -3,7 +3,7 @@
 /// @file  Where BC6H keeps the ends of its lines: scattered over the block, differently in each
 /// mode.
 ///
-/// Source of all numbers: Khronos Data Format Specification, "BPTC Compressed Texture Image
+/// Source of all numbers: Khronos Data Format Standard, "BPTC Compressed Texture Image
 /// Formats"; Microsoft, "BC6H Format". Modes have the value of their lowest five bits as number;
 /// those with a number of which the lowest two bits are 0 or 1 take only these two.
 

@@ -12,7 +12,7 @@
 ///   indices            row by row
 ///   indices            the second set, for the alpha channel
 ///
-/// Sources: Khronos Data Format Specification, "BPTC Compressed Texture Image Formats"; Microsoft,
+/// Sources: Khronos Data Format Standard, "BPTC Compressed Texture Image Formats"; Microsoft,
 /// "BC7 Format".
 
 #include "RenderingBase/host/imaging/BlockBits.h"

@@ -2,7 +2,7 @@
 
 /// @file  How BC6H and BC7 divide the sixteen pixels of a block into two or three subsets.
 ///
-/// Source of all numbers: Khronos Data Format Specification, "BPTC Compressed Texture Image
+/// Source of all numbers: Khronos Data Format Standard, "BPTC Compressed Texture Image
 /// Formats".
 
 #include <array>

@@ -2,7 +2,7 @@
 
 /// @file  The steps between two ends in BC6H and BC7: index i stands for w / 64 of the second end.
 ///
-/// Source: Khronos Data Format Specification, "BPTC Compressed Texture Image Formats".
+/// Source: Khronos Data Format Standard, "BPTC Compressed Texture Image Formats".
 
 #include <array>
 #include <cstdint>

@@ -10,7 +10,7 @@
 //   ...                                    the levels, in each of them the layers, in these the
 //   faces
 //
-// Source: Khronos, "KTX File Format Specification, version 2.0".
+// Source: Khronos, "KTX File Format, version 2.0".
 
 #include "RenderingBase/host/imaging/PixelStorage.h"
 #include "RenderingBase/host/imaging/formats/Endian.h"

@@ -6,7 +6,7 @@
 //   00 00 00 EC ...        length of the layers (eight bytes in a PSB file), layers
 //   00 01 ...              the merged picture: its compression, its bytes
 //
-// Source: Adobe Photoshop File Formats Specification, "Photoshop File Structure".
+// Source: Adobe Photoshop File Formats, "Photoshop File Structure".
 
 #include "RenderingBase/host/imaging/formats/PsdHeader.h"
 

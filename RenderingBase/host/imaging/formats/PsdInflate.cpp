@@ -5,7 +5,7 @@
 //                       32 bits: the first bytes of all samples of a row, all second, all third and
 //                       all fourth ones, and of this line of bytes each minus the one to the left
 //
-// Sources: Adobe Photoshop File Formats Specification, "Image Data Section"; Adobe Photoshop TIFF
+// Sources: Adobe Photoshop File Formats, "Image Data Section"; Adobe Photoshop TIFF
 // Technical Note 3 (2005) for the differences of floating-point numbers.
 
 #include "RenderingBase/host/imaging/formats/PsdInflate.h"

@@ -7,7 +7,7 @@
 //             02 01 02 03  the next 2 + 1 bytes
 //             80           nothing
 //
-// Sources: Adobe Photoshop File Formats Specification, "Image Data Section"; TIFF Revision 6.0,
+// Sources: Adobe Photoshop File Formats, "Image Data Section"; TIFF Revision 6.0,
 // section 9 (PackBits).
 
 #include "RenderingBase/host/imaging/formats/PsdPlanes.h"

@@ -7,7 +7,7 @@
 //   ...                              palette, resources and layers, each behind its length
 //   00 01 ...                        the merged picture: all of red, all of green, all of blue
 //
-// Source: Adobe Photoshop File Formats Specification. The merged picture is what the layers look
+// Source: Adobe Photoshop File Formats. The merged picture is what the layers look
 // like together; layers are not read. Samples of 32 bits are floating-point numbers.
 //
 // Alpha: a merged picture may have channels behind those of its colour. The first of them is its

@@ -10,7 +10,7 @@
 //   00 00 00 00      length of the global mask
 //   "8BIM" "Lr16" 00 00 02 00 FF FE ...    more blocks; here stand layers of 16 and 32 bits
 //
-// Source: Adobe Photoshop File Formats Specification, "Image Resource Blocks", "Layer and Mask
+// Source: Adobe Photoshop File Formats, "Image Resource Blocks", "Layer and Mask
 // Information Section", "Additional Layer Information".
 
 #include "RenderingBase/host/imaging/formats/PsdResources.h"

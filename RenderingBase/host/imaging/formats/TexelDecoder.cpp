@@ -1,5 +1,5 @@
 // From stored texels to pixels. Sources: the DXGI_FORMAT reference (Microsoft), the Khronos Data
-// Format Specification 1.3 (section 10, unsigned floats of 10, 11 and 14 bits; shared exponents).
+// Format Standard 1.3 (section 10, unsigned floats of 10, 11 and 14 bits; shared exponents).
 
 #include "RenderingBase/host/imaging/HalfBits.h"
 #include "RenderingBase/host/imaging/ParallelRows.h"

@@ -15,7 +15,7 @@
 // what the bits that are no colour are: 3 alpha, 4 alpha multiplied into the colours, 1 and 2
 // nothing; 0 should mean that there are none.
 //
-// Source: Truevision, "TGA File Format Specification", version 2.0 (1991).
+// Source: Truevision, "TGA File Format", version 2.0 (1991).
 //
 // Pixels of 32 bits, and of 16 grey ones, have alpha even when the header counts no bits for it and
 // the extension area has a 0: there are programs that leave both at 0 beside a good alpha, and

@@ -5,7 +5,7 @@
 //   83 FF 00 00                          a pixel four times: blue
 //   00 00 00 FF                          one pixel as it is: red
 //
-// Source: Truevision, "TGA File Format Specification", version 2.0 (1991).
+// Source: Truevision, "TGA File Format", version 2.0 (1991).
 //
 // A packet has up to 128 pixels; that one ends with a row at the latest is often ignored, and so it
 // is here. Pictures are delivered with the top row first and rows from the left: in which corner

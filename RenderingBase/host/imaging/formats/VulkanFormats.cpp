@@ -1,4 +1,4 @@
-// Source: Khronos, Vulkan 1.3 specification, section "Formats" (VkFormat).
+// Source: Khronos, Vulkan 1.3, section "Formats" (VkFormat).
 
 #include "RenderingBase/host/imaging/formats/VulkanFormats.h"
 
