@@ -1,6 +1,6 @@
 #pragma once
 
-/// @file  Image services: finding image files, loading them, measuring them.
+/// @file  Image services: finding image files, loading them, deriving images, measuring them.
 ///
 /// Example:
 ///     KVRUnicodeString found;
@@ -80,6 +80,38 @@ public:
     ///          file, for one that cannot be read, and when the extension (`ReadExtension`) is not
     ///          "dds" in lower case.
     static int CheckDDSFormat(const KVRUnicodeString& path);
+
+    /// Makes a picture grey, by HSL lightness: the mean of the greatest and the smallest of the
+    /// first three channels of a pixel, truncated. What is behind them, alpha as a rule, stays.
+    ///
+    /// This and the four following derive an image without changing @p source, which may have any
+    /// format and size. Resolution, colour profile and metadata are those of the source.
+    /// @return  A new image in the same format, one reference for the caller; null for null and
+    ///          without memory. A plain copy of an image with less than three bytes a pixel and of
+    ///          one with channels of another type than 8 bits.
+    static KVRPixelImage* ComputeGreyScaleImage(const KVRPixelImage* source);
+
+    /// Makes a picture black and white: a pixel whose R + G + B reaches 383 is white. Alpha stays.
+    /// @return  A new RGBA image, whatever the source's format; null for null and without memory.
+    static KVRPixelImage* ComputeMonochromaImage(const KVRPixelImage* source);
+
+    /// Replaces colours by 255 minus them: the first byte of pixels of one or two bytes, the first
+    /// three of larger ones. What is behind them, alpha as a rule, stays.
+    /// @return  A new image in the same format, of a bilevel source in grey (L); a plain copy when
+    ///          channels have another type than 8 bits; null for null and without memory.
+    static KVRPixelImage* ComputeNegativeImage(const KVRPixelImage* source);
+
+    /// Replaces alpha by 255 minus it.
+    /// @return  A new RGBA image, whatever the source's format (opaque pixels become transparent);
+    ///          null for null and without memory.
+    static KVRPixelImage* ComputeAlphaInvertImage(const KVRPixelImage* source);
+
+    /// Makes the mask of what is transparent: colours become 255 minus the last byte of a pixel of
+    /// two or four bytes, and that byte 255. Pixels of one or three bytes become black: without
+    /// alpha nothing is masked.
+    /// @return  A new image in the same format; a plain copy when channels have another type than 8
+    ///          bits; null for null and without memory.
+    static KVRPixelImage* GenerateMaskFromAlpha(const KVRPixelImage* source);
 
     /// Turns the six faces of a cube map into the picture of a mirroring ball inside it.
     ///

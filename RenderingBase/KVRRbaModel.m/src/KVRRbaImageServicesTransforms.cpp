@@ -1,5 +1,6 @@
 // Images derived from images.
 
+#include "RenderingBase/KVRRbaModel.m/src/kernels/ChannelTransforms.h"
 #include "RenderingBase/KVRRbaModel.m/src/kernels/MirrorBall.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
@@ -7,8 +8,43 @@
 
 #include <array>
 #include <new>
+#include <span>
 
 namespace {
+
+using Image = KVRVar<KVRPixelImage>;
+namespace kernels = rb::kernels;
+
+/// The pixels of an 8-bit format; none for the others, which the transforms leave as they are.
+std::span<std::uint8_t> pixelsOf(KVRPixelImage& image) {
+    std::uint8_t* const pixels = image.GetPixelsToModify();
+    return {pixels, pixels ? image.GetRawPixels().size() : 0};
+}
+
+std::size_t bytesPerPixelOf(const KVRPixelImage& image) {
+    return static_cast<std::size_t>(image.GetBytesPerPixel());
+}
+
+Image copyOf(const KVRPixelImage& image) { return Image::Adopt(new KVRPixelImage(image)); }
+
+/// A copy in RGBA, or as it is when it has no format at all.
+Image rgbaCopyOf(const KVRPixelImage& image) {
+    Image copy = copyOf(image);
+    const bool hasFormat = bytesPerPixelOf(image) > 0;
+    if (hasFormat && Failed(copy->ChangeFormat(KVRPixelImageFormat::RGBA))) throw std::bad_alloc();
+    return copy;
+}
+
+/// A changed copy of an image; null for null and without memory.
+template <class Copy, class Change>
+KVRPixelImage* changedCopy(const KVRPixelImage* source, Copy copyImage, Change change) try {
+    if (!source) return nullptr;
+    Image copy = copyImage(*source);
+    change(*copy.Get());
+    return copy.Detach();
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
 
 struct Size {
     int width = 0, height = 0;
@@ -24,6 +60,42 @@ Size sizeOf(const KVRPixelImage& image) {
 }
 
 }  // namespace
+
+KVRPixelImage* KVRRbaImageServices::ComputeGreyScaleImage(const KVRPixelImage* source) {
+    return changedCopy(source, copyOf, [](KVRPixelImage& image) {
+        kernels::greyByLightness(pixelsOf(image),
+                                 static_cast<std::size_t>(image.GetbytesPerPixel()));
+    });
+}
+
+KVRPixelImage* KVRRbaImageServices::ComputeMonochromaImage(const KVRPixelImage* source) {
+    return changedCopy(source, rgbaCopyOf,
+                       [](KVRPixelImage& image) { kernels::blackAndWhite(pixelsOf(image)); });
+}
+
+KVRPixelImage* KVRRbaImageServices::ComputeNegativeImage(const KVRPixelImage* source) {
+    const auto copyInBytes = [](const KVRPixelImage& image) {
+        // A bilevel pixel is 0 or 1, and 255 minus it would be neither.
+        if (image.GetFormat() != KVRPixelImageFormat::Bilevel) return copyOf(image);
+        Image grey = Image::Adopt(image.Duplicate(KVRPixelImageFormat::L));
+        if (!grey) throw std::bad_alloc();
+        return grey;
+    };
+    return changedCopy(source, copyInBytes, [](KVRPixelImage& image) {
+        kernels::invertColors(pixelsOf(image), bytesPerPixelOf(image));
+    });
+}
+
+KVRPixelImage* KVRRbaImageServices::ComputeAlphaInvertImage(const KVRPixelImage* source) {
+    return changedCopy(source, rgbaCopyOf,
+                       [](KVRPixelImage& image) { kernels::invertAlpha(pixelsOf(image)); });
+}
+
+KVRPixelImage* KVRRbaImageServices::GenerateMaskFromAlpha(const KVRPixelImage* source) {
+    return changedCopy(source, copyOf, [](KVRPixelImage& image) {
+        kernels::maskFromAlpha(pixelsOf(image), bytesPerPixelOf(image));
+    });
+}
 
 KVRPixelImage* KVRRbaImageServices::BuildPixelImageFromAllFaces(
     KVRPixelImage* f1, KVRPixelImage* f2, KVRPixelImage* f3, KVRPixelImage* f4, KVRPixelImage* f5,
