@@ -16,6 +16,7 @@
 #include "RenderingBase/host/base/KVRList.h"
 #include "RenderingBase/host/base/KVRResult.h"
 #include "RenderingBase/host/base/KVRUnicodeString.h"
+#include "RenderingBase/host/visu/IVisTextureFormat.h"
 
 class KVRBaseUnknown;
 class KVRPixelImage;
@@ -80,6 +81,29 @@ public:
     ///          file, for one that cannot be read, and when the extension (`ReadExtension`) is not
     ///          "dds" in lower case.
     static int CheckDDSFormat(const KVRUnicodeString& path);
+
+    /// Makes a float image displayable: its colours, clamped to 0..1, are brightened, the darker
+    /// the more (up to three times), and truncated to bytes; no number counts as 0.
+    ///
+    /// Alpha is 255 times itself, truncated, of which the low 8 bits stay: 2 gives 254, and what is
+    /// no number or beyond 32 bits gives 0. Kept for compatibility. Without alpha: 255.
+    /// @param source  RGB_f, RGBA_f or L_f. Unchanged.
+    /// @return  A new RGBA image of the same size without resolution, profile or metadata, one
+    ///          reference for the caller; null for null and, with a warning in the trace log,
+    ///          without memory.
+    /// Errors: another format is a fatal error, which ends the process.
+    static KVRPixelImage* ConvertFloatTextureToRGBA(KVRPixelImage* source);
+    /// The same for a half image: RGB_f16, RGBA_f16 or L_f16. Its alpha is clamped to 0..1.
+    static KVRPixelImage* ConvertHalfFloatTextureToRGBA(KVRPixelImage* source);
+
+    /// Repeats the one channel of a float image for red, green and blue.
+    /// @param rgb  A new RGB_f image of the same size, one reference for the caller. Left as it was
+    ///             when @p source is null or not L_f, and without memory.
+    static void ConvertRTextureToRGB(KVRPixelImage* source, KVRPixelImage*& rgb);
+
+    /// The code of the pixel format (`KVRPixelImageFormat`) in which a texture of @p format comes
+    /// into memory; -1 for those without one. sRGB counts as RGBA.
+    static int ConvertTextureFormat(IVisTextureFormat::Type format);
 
     /// Makes a picture grey, by HSL lightness: the mean of the greatest and the smallest of the
     /// first three channels of a pixel, truncated. What is behind them, alpha as a rule, stays.

@@ -1,7 +1,7 @@
 // Images derived from images: formats, sizes, attributes, references.
 
 #include "RenderingBase/public/KVRRbaImageServices.h"
-#include "tests/image/ImageFiles.h"
+#include "tests/image/DerivedImages.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -18,39 +18,11 @@ constexpr Transform kTransforms[] = {
     Services::ComputeNegativeImage, Services::ComputeAlphaInvertImage,
     Services::GenerateMaskFromAlpha};
 
-std::vector<Format> allFormats() {
-    std::vector<Format> formats;
-    for (int code = 0; code <= 20; ++code)
-        if (code != static_cast<int>(Format::None)) formats.push_back(static_cast<Format>(code));
-    return formats;
-}
-
-/// An image whose bytes count upwards; bilevel ones have 0 and 1.
-Image numbered(int width, int height, Format format) {
-    const Image image = Image::Adopt(new KVRPixelImage(width, height, format));
-    int number = 0;
-    for (std::byte& byte : image->GetRawPixels())
-        byte = static_cast<std::byte>(format == Format::Bilevel ? number++ % 2 : number++ % 64);
-    return image;
-}
-
-Image filled(int width, int height, Format format, const std::vector<int>& values) {
-    const Image image = Image::Adopt(new KVRPixelImage(width, height, format));
-    const auto raw = image->GetRawPixels();
-    EXPECT_EQ(raw.size(), values.size());
-    for (std::size_t i = 0; i < raw.size(); ++i) raw[i] = static_cast<std::byte>(values[i]);
-    return image;
-}
-
-unsigned referencesOf(const Image& image) {
-    image->AddRef();
-    return image->Release();
-}
-
 /// The pixels of a transformed image of one pixel.
 std::vector<int> onePixel(Transform transform, Format from, const std::vector<int>& values,
                           Format to) {
-    const Image image = filled(1, 1, from, values);
+    const Image image =
+        imageOf(1, 1, from, std::vector<std::uint8_t>(values.begin(), values.end()));
     return bytesOf(Image::Adopt(transform(image.Get())), 1, 1, to);
 }
 
@@ -114,10 +86,8 @@ TEST(ImageTransforms, images_without_pixels_or_format) {
 }
 
 TEST(ImageTransforms, without_memory_there_is_no_image) {
-    // Never touched: no address space has room for a copy.
-    unsigned char pixel = 0;
-    const Image huge = Image::Adopt(
-        new KVRPixelImage(1 << 30, 1 << 30, Format::L, &pixel, KVRPixelDealloc::Viewed));
+    unsigned char pixels = 0;
+    const Image huge = hugeImage(Format::L, &pixels);
     for (const Transform transform : kTransforms) EXPECT_EQ(transform(huge.Get()), nullptr);
 }
 
