@@ -137,6 +137,18 @@ public:
     ///          bits; null for null and without memory.
     static KVRPixelImage* GenerateMaskFromAlpha(const KVRPixelImage* source);
 
+    /// Makes the normal map of a picture, taking its brightness for its height: x grows to the
+    /// right and y downwards in memory, -1 to 1 becomes 0 to 255, a level place (127, 127, 255).
+    ///
+    /// A Sobel filter over (R + G + B) / 765 with z = 0.5; at the borders pixels repeat themselves.
+    /// Of the pixel to the lower left only the red counts, with green and blue of the one before
+    /// it; kept for compatibility.
+    /// @param source  Changed to RGB in place when its pixels have one, two or four bytes.
+    /// @return  A new image in the format of the source, one reference for the caller; a plain copy
+    ///          of an image with other than one to four bytes a pixel; null for null and without
+    ///          memory.
+    static KVRPixelImage* GenerateBumpMap(KVRPixelImage* source);
+
     /// Turns the six faces of a cube map into the picture of a mirroring ball inside it.
     ///
     /// With x to the right, y downwards and z away from the eye, f1 is the face at +y, f2 at -y,

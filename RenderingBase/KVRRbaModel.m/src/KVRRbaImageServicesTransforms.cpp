@@ -1,5 +1,6 @@
 // Images derived from images.
 
+#include "RenderingBase/KVRRbaModel.m/src/kernels/BumpMap.h"
 #include "RenderingBase/KVRRbaModel.m/src/kernels/ChannelTransforms.h"
 #include "RenderingBase/KVRRbaModel.m/src/kernels/MirrorBall.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
@@ -94,6 +95,18 @@ KVRPixelImage* KVRRbaImageServices::ComputeAlphaInvertImage(const KVRPixelImage*
 KVRPixelImage* KVRRbaImageServices::GenerateMaskFromAlpha(const KVRPixelImage* source) {
     return changedCopy(source, copyOf, [](KVRPixelImage& image) {
         kernels::maskFromAlpha(pixelsOf(image), bytesPerPixelOf(image));
+    });
+}
+
+KVRPixelImage* KVRRbaImageServices::GenerateBumpMap(KVRPixelImage* source) {
+    if (!source) return nullptr;
+    const std::size_t bytesPerPixel = bytesPerPixelOf(*source);
+    const bool isChanged = bytesPerPixel == 1 || bytesPerPixel == 2 || bytesPerPixel == 4;
+    if (isChanged && Failed(source->ChangeFormat(KVRPixelImageFormat::RGB))) return nullptr;
+    if (!isChanged && bytesPerPixel != 3) return changedCopy(source, copyOf, [](KVRPixelImage&) {});
+    return changedCopy(source, copyOf, [source](KVRPixelImage& image) {
+        kernels::renderBumpMap(pixelsOf(*source), static_cast<std::size_t>(sizeOf(*source).width),
+                               pixelsOf(image));
     });
 }
 
