@@ -149,6 +149,17 @@ public:
     ///          memory.
     static KVRPixelImage* GenerateBumpMap(KVRPixelImage* source);
 
+    /// Fits a picture into a square: zoomed with a filter, in proportion, in the middle of the grey
+    /// (125, 125, 125). Float and half images are made displayable first. Alpha is copied.
+    /// @param source  Unchanged.
+    /// @param size    Pixels of a side.
+    /// @param icon    A new RGBA image, one reference for the caller.
+    /// @return  0. Errors: E_NOTIMPL for BGR_f16 and BGRA_f16. E_FAIL for null, for a size below 1
+    ///          or of more pixels than KVRImagePixelLimit, and without memory: @p icon is left as
+    ///          it was. E_FAIL too for a picture without pixels or so narrow that less than half a
+    ///          pixel would be left of it: @p icon is set all the same, empty, and the caller's.
+    static HRESULT ComputeIconImage(KVRPixelImage* source, int size, KVRPixelImage*& icon);
+
     /// Turns the six faces of a cube map into the picture of a mirroring ball inside it.
     ///
     /// With x to the right, y downwards and z away from the eye, f1 is the face at +y, f2 at -y,

@@ -116,7 +116,7 @@ TEST(BumpMap, a_step_to_the_right_points_left) {
     // and (1 + 0.1240347) 127.5 = 143.3.
     EXPECT_EQ(pixel(bumpMap(rgb, 4), 6), (std::vector<int>{0, 127, 143}));
     // At x = 1 the lower left pixel has the white end of the row above: nx = -(4 - 2/3), ny =
-    // -(5/3 - 1), length 3.4359213; 0.0298561, 0.8059712 and 1.1455214 times 127.5.
+    // -(5/3 - 1), length 3.4359213; 0.0298575, 0.8059715 and 1.1455214 times 127.5.
     EXPECT_EQ(pixel(bumpMap(rgb, 4), 5), (std::vector<int>{3, 102, 146}));
 }
 
