@@ -76,7 +76,8 @@ std::vector<Value> valuesOf(const Image& image, int width, int height, Format fo
     EXPECT_EQ(image->GetFormat(), format);
     if (w != width || h != height || image->GetFormat() != format) return {};
     std::vector<Value> values(image->GetRawPixels().size() / sizeof(Value));
-    std::memcpy(values.data(), image->GetRawPixels().data(), values.size() * sizeof(Value));
+    if (!values.empty())
+        std::memcpy(values.data(), image->GetRawPixels().data(), values.size() * sizeof(Value));
     return values;
 }
 
