@@ -3,6 +3,8 @@
 #include "RenderingBase/public/KVRRbaImageServices.h"
 #include "tests/image/DerivedImages.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
@@ -40,9 +42,8 @@ std::vector<int> expectedIcon(const Image& source, int size, int width, int heig
     const std::vector<int> picture = bytesOf(rgba, width, height, Format::RGBA);
     std::vector<int> pixels = background(size);
     for (int row = 0; row < height; ++row)
-        for (int i = 0; i < 4 * width; ++i)
-            pixels[static_cast<std::size_t>(4 * ((y + row) * size + x) + i)] =
-                picture[static_cast<std::size_t>(4 * row * width + i)];
+        std::copy_n(picture.begin() + std::ptrdiff_t{4} * row * width, 4 * width,
+                    pixels.begin() + std::ptrdiff_t{4} * ((y + row) * size + x));
     return pixels;
 }
 
