@@ -2,6 +2,7 @@
 #include "tests/cli/TextureFiles.h"
 
 #include <cstring>
+#include <sys/stat.h>
 
 namespace rb::test {
 namespace {
@@ -113,7 +114,9 @@ TEST(ImageDds, unreadable_files_are_told) {
         folder.write("empty.dds"),
         folder.path().string(),
         folder.file("missing.dds"),
+        folder.file("pipe.dds"),  // nobody writes to it: waiting for that would be for ever
     };
+    ASSERT_EQ(mkfifo(paths.back().c_str(), 0600), 0);
     for (const std::string& path : paths) {
         const RbaResult result = runRba({"image", "dds", path, "--sheet", folder.file("o.png")});
         EXPECT_EQ(result.status, 1) << path;
@@ -195,6 +198,16 @@ TEST(ImageDds, sheet_makes_large_levels_smaller) {
     EXPECT_EQ(sheet.width(), 16 + 512 + 2 + 16);
     EXPECT_EQ(sheet.height(), top + 256 + 2 + 16);
     EXPECT_EQ(sheet.at(kFirstColumn + 256, top + 128), (Pixel{0x60, 0x60, 0x60, 255}));
+}
+
+TEST(ImageDds, sheet_shows_textures_that_are_too_long_to_be_filtered) {
+    const TempFolder folder;
+    const std::string out = folder.file("sheet.tif");
+    constexpr int kWidth = (1 << 20) + 4;
+    const std::string path =
+        folder.write("long.dds", ddsFile(kWidth, 1, kGreyTexels, std::string(kWidth, '\x60')));
+    ASSERT_EQ(runRba({"image", "dds", path, "--sheet", out}).status, 0);
+    EXPECT_EQ(PictureFile(out).width(), 16 + 512 + 2 + 16);
 }
 
 TEST(ImageDds, sheet_clamps_float_texels_and_says_so) {

@@ -128,7 +128,7 @@ TEST_F(Tour, textures_are_listed_drawn_and_damaged) {
           "cube-mips.dds</code></th><td>cube map with mip-maps<br>",
           "cube-mips.ktx2</code></th><td>cube map with mip-maps<br>",
           "grating-mips.dds</code></th><td>picture with mip-maps<br>",
-          "<code>bad.dds</code></th><td colspan=\"7\">expected a dds file, found "})
+          "<code>bad.dds</code></th><td colspan=\"7\">expected a dds or ktx2 file, found "})
         EXPECT_EQ(countOf(html, row), 1) << row;
     // Three images, one sheet, and a mirror ball of each dds cube and of six faces.
     EXPECT_EQ(countOf(html, " alt=\"All faces and levels of images/cube-mips.dds\""), 1);

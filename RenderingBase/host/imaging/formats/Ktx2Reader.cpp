@@ -57,7 +57,8 @@ private:
     ReadResult readTexels(std::uint32_t vkFormat);
     ReadResult readLevels();
     ReadResult checkLevel(const Level& level, int number) const;
-    ReadResult inflate(int level);
+    ReadResult inflate(const Level& level, std::span<std::byte> content);
+    ReadResult readInflated(int face, int level, std::span<std::byte> stored);
     std::uint64_t surfaceBytes(int level) const;
 
     ByteSource& m_source;
@@ -65,7 +66,7 @@ private:
     std::uint64_t m_layers = 1;  // of an array; the first one is read
     Compression m_compression = Compression::None;
     std::vector<Level> m_levels;
-    PixelStorage m_inflated;
+    PixelStorage m_inflated;  // a level of a cube
     int m_inflatedLevel = -1;
 };
 
@@ -149,35 +150,40 @@ ReadResult Ktx2Reader::readHeader(TextureHeader& header) {
     return {};
 }
 
-ReadResult Ktx2Reader::inflate(int number) {
-    if (m_inflatedLevel == number) return {};
-    const Level& level = m_levels[static_cast<std::size_t>(number)];
-    const auto length = static_cast<std::size_t>(level.length);
-    const auto wanted = static_cast<std::size_t>(level.inflated);
-    PixelStorage compressed(length, PixelStorage::Fill::None);
-    m_inflated = PixelStorage(wanted, PixelStorage::Fill::None);
-    m_inflatedLevel = -1;
-    std::byte* const from = compressed.data();
-    std::byte* const to = m_inflated.data();
+/// @param content  As many bytes as the level says that it inflates to.
+ReadResult Ktx2Reader::inflate(const Level& level, std::span<std::byte> content) {
     const std::string where = placeText(level.offset);
-    if (m_source.read(level.offset, from, length) != length)
-        return refuse(bytesText(length), "the end of the file", where);
+    PixelStorage stream(static_cast<std::size_t>(level.length), PixelStorage::Fill::None);
+    if (m_source.read(level.offset, stream.data(), stream.size()) != stream.size())
+        return refuse(bytesText(stream.size()), "the end of the file", where);
     const bool isSound = m_compression == Compression::Zstd
-                             ? ZSTD_decompress(to, wanted, from, length) == wanted
-                             : inflateStream(compressed.bytes(), m_inflated.bytes());
-    if (!isSound) return refuse("data that inflate to " + bytesText(wanted), "damaged data", where);
-    m_inflatedLevel = number;
+                             ? ZSTD_decompress(content.data(), content.size(), stream.data(),
+                                               stream.size()) == content.size()
+                             : inflateStream(stream.bytes(), content);
+    if (isSound) return {};
+    return refuse("data that inflate to " + bytesText(content.size()), "damaged data", where);
+}
+
+/// The faces of a level are one stream: it is inflated for the first of them.
+ReadResult Ktx2Reader::readInflated(int face, int number, std::span<std::byte> stored) {
+    const Level& level = m_levels[static_cast<std::size_t>(number)];
+    if (m_header.faces == 1) return inflate(level, stored);
+    if (m_inflatedLevel != number) {
+        m_inflatedLevel = -1;
+        m_inflated =
+            PixelStorage(static_cast<std::size_t>(level.inflated), PixelStorage::Fill::None);
+        if (ReadResult refusal = inflate(level, m_inflated.bytes())) return refusal;
+        m_inflatedLevel = number;
+    }
+    std::memcpy(stored.data(), m_inflated.data() + static_cast<std::size_t>(face) * stored.size(),
+                stored.size());
     return {};
 }
 
 ReadResult Ktx2Reader::readSurface(int face, int level, std::span<std::byte> stored) {
-    const std::uint64_t place = static_cast<std::uint64_t>(face) * stored.size();
-    if (m_compression != Compression::None) {
-        if (ReadResult refusal = inflate(level)) return refusal;
-        std::memcpy(stored.data(), m_inflated.data() + place, stored.size());
-        return {};
-    }
-    const std::uint64_t offset = m_levels[static_cast<std::size_t>(level)].offset + place;
+    if (m_compression != Compression::None) return readInflated(face, level, stored);
+    const std::uint64_t offset = m_levels[static_cast<std::size_t>(level)].offset +
+                                 static_cast<std::uint64_t>(face) * stored.size();
     if (m_source.read(offset, stored.data(), stored.size()) == stored.size()) return {};
     return refuse(bytesText(stored.size()), "the end of the file", placeText(offset));
 }
