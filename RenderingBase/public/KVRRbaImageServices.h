@@ -116,7 +116,9 @@ public:
     static KVRPixelImage* ComputeGreyScaleImage(const KVRPixelImage* source);
 
     /// Makes a picture black and white: a pixel whose R + G + B reaches 383 is white. Alpha stays.
-    /// @return  A new RGBA image, whatever the source's format; null for null and without memory.
+    /// @return  A new RGBA image; a plain copy when channels have another type than 8 bits; null
+    /// for
+    ///          null and without memory.
     static KVRPixelImage* ComputeMonochromaImage(const KVRPixelImage* source);
 
     /// Replaces colours by 255 minus them: the first byte of pixels of one or two bytes, the first
@@ -126,8 +128,9 @@ public:
     static KVRPixelImage* ComputeNegativeImage(const KVRPixelImage* source);
 
     /// Replaces alpha by 255 minus it.
-    /// @return  A new RGBA image, whatever the source's format (opaque pixels become transparent);
-    ///          null for null and without memory.
+    /// @return  A new RGBA image (opaque pixels become transparent); a plain copy when channels
+    /// have
+    ///          another type than 8 bits; null for null and without memory.
     static KVRPixelImage* ComputeAlphaInvertImage(const KVRPixelImage* source);
 
     /// Makes the mask of what is transparent: colours become 255 minus the last byte of a pixel of
@@ -143,10 +146,9 @@ public:
     /// A Sobel filter over (R + G + B) / 765 with z = 0.5; at the borders pixels repeat themselves.
     /// Of the pixel to the lower left only the red counts, with green and blue of the one before
     /// it; kept for compatibility.
-    /// @param source  Changed to RGB in place when its pixels have one, two or four bytes.
+    /// @param source  Changed to RGB in place when it has one, two or four 8-bit channels.
     /// @return  A new image in the format of the source, one reference for the caller; a plain copy
-    ///          of an image with other than one to four bytes a pixel; null for null and without
-    ///          memory.
+    ///          when channels have another type than 8 bits; null for null and without memory.
     static KVRPixelImage* GenerateBumpMap(KVRPixelImage* source);
 
     /// Fits a picture into a square: zoomed with a filter, in proportion, in the middle of the grey

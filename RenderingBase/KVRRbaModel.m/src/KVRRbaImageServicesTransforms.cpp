@@ -28,11 +28,11 @@ std::size_t bytesPerPixelOf(const KVRPixelImage& image) {
 
 Image copyOf(const KVRPixelImage& image) { return Image::Adopt(new KVRPixelImage(image)); }
 
-/// A copy in RGBA, or as it is when it has no format at all.
+/// A copy in RGBA; as it is when its channels are not of 8 bits.
 Image rgbaCopyOf(const KVRPixelImage& image) {
     Image copy = copyOf(image);
-    const bool hasFormat = bytesPerPixelOf(image) > 0;
-    if (hasFormat && Failed(copy->ChangeFormat(KVRPixelImageFormat::RGBA))) throw std::bad_alloc();
+    if (image.GetPixelsToRead() && Failed(copy->ChangeFormat(KVRPixelImageFormat::RGBA)))
+        throw std::bad_alloc();
     return copy;
 }
 
@@ -100,10 +100,9 @@ KVRPixelImage* KVRRbaImageServices::GenerateMaskFromAlpha(const KVRPixelImage* s
 
 KVRPixelImage* KVRRbaImageServices::GenerateBumpMap(KVRPixelImage* source) {
     if (!source) return nullptr;
-    const std::size_t bytesPerPixel = bytesPerPixelOf(*source);
-    const bool isChanged = bytesPerPixel == 1 || bytesPerPixel == 2 || bytesPerPixel == 4;
-    if (isChanged && Failed(source->ChangeFormat(KVRPixelImageFormat::RGB))) return nullptr;
-    if (!isChanged && bytesPerPixel != 3) return changedCopy(source, copyOf, [](KVRPixelImage&) {});
+    if (!source->GetPixelsToRead()) return changedCopy(source, copyOf, [](KVRPixelImage&) {});
+    if (bytesPerPixelOf(*source) != 3 && Failed(source->ChangeFormat(KVRPixelImageFormat::RGB)))
+        return nullptr;
     return changedCopy(source, copyOf, [source](KVRPixelImage& image) {
         kernels::renderBumpMap(pixelsOf(*source), static_cast<std::size_t>(sizeOf(*source).width),
                                pixelsOf(image));
