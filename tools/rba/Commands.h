@@ -11,6 +11,7 @@ void addImageCommands(CLI::App& program, Context& context);
 void addImageInfo(CLI::App& group, Context& context);
 void addImageFind(CLI::App& group, Context& context);
 void addImageConvert(CLI::App& group, Context& context);
+void addImageDerivations(CLI::App& group, Context& context);  ///< grey, mono, ... bump
 void addImageDds(CLI::App& group, Context& context);
 void addImageMirrorBall(CLI::App& group, Context& context);
 void addImageUnits(CLI::App& group, Context& context);

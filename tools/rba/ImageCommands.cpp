@@ -9,6 +9,7 @@ void addImageCommands(CLI::App& program, Context& context) {
     addImageInfo(group, context);
     addImageFind(group, context);
     addImageConvert(group, context);
+    addImageDerivations(group, context);
     addImageDds(group, context);
     addImageMirrorBall(group, context);
     addImageUnits(group, context);

@@ -1,7 +1,6 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Images.h"
-#include "tools/rba/Output.h"
 
 namespace rb::cli {
 namespace {
@@ -19,19 +18,6 @@ void checkDisplayable(const std::string& path, const KVRPixelImage& image) {
                                 " pixels, for which there is no conversion to 8 bits yet");
 }
 
-void printResult(Context& context, const std::string& path, const KVRPixelImage& image) {
-    int width = 0, height = 0;
-    image.GetSize(width, height);
-    if (context.json)
-        printJson(*context.out, {{"path", path},
-                                 {"width", width},
-                                 {"height", height},
-                                 {"format", static_cast<int>(image.GetFormat())}});
-    else if (!context.quiet)
-        *context.out << onOneLine(path) << ": " << width << " x " << height << " px, "
-                     << formatName(image) << '\n';
-}
-
 int runConvert(Context& context, const ConvertArguments& arguments) {
     const char* const writer = writerOf(arguments.out);
     if (arguments.dpi < 1)
@@ -43,7 +29,7 @@ int runConvert(Context& context, const ConvertArguments& arguments) {
     const KVRVar<KVRPixelImage> image = loadImage(arguments.in, arguments.dpi, groups);
     checkDisplayable(arguments.in, *image.Get());
     writeImage(*image.Get(), arguments.out, writer);
-    printResult(context, arguments.out, *image.Get());
+    printImage(context, arguments.out, *image.Get());
     return kDone;
 }
 

@@ -3,6 +3,7 @@
 #include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
 #include "tools/rba/Context.h"
+#include "tools/rba/Output.h"
 #include "tools/rba/Paths.h"
 
 #include <array>
@@ -59,6 +60,19 @@ const char* writerOf(const std::string& typedPath) {
 void writeImage(const KVRPixelImage& image, const std::string& typedPath, const char* writer) {
     if (Failed(image.WriteToFile(frameworkPath(typedPath), writer)))
         throw Failure(typedPath, imageErrorReason());
+}
+
+void printImage(Context& context, const std::string& path, const KVRPixelImage& image) {
+    int width = 0, height = 0;
+    image.GetSize(width, height);
+    if (context.json)
+        printJson(*context.out, {{"path", path},
+                                 {"width", width},
+                                 {"height", height},
+                                 {"format", static_cast<int>(image.GetFormat())}});
+    else if (!context.quiet)
+        *context.out << onOneLine(path) << ": " << width << " x " << height << " px, "
+                     << formatName(image) << '\n';
 }
 
 }  // namespace rb::cli

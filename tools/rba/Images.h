@@ -6,6 +6,7 @@
 #include "RenderingBase/host/base/KVRUnicodeString.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
+#include "tools/rba/Context.h"
 
 #include <string>
 
@@ -37,5 +38,8 @@ const char* writerOf(const std::string& typedPath);
 
 /// Writes @p image with a writer from `writerOf`, whole or not at all. Throws Failure.
 void writeImage(const KVRPixelImage& image, const std::string& typedPath, const char* writer);
+
+/// Prints what was written: path, size and format.
+void printImage(Context& context, const std::string& typedPath, const KVRPixelImage& image);
 
 }  // namespace rb::cli
