@@ -4,9 +4,11 @@
 /// the folder that RB_DATA_DIR names.
 
 #include "tests/image/ImageFiles.h"
+#include "tests/support/ForeignPrograms.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <span>
 #include <string>
 
 namespace rb::test {
@@ -236,5 +238,35 @@ inline std::string dataFile(const char* path) {
 
 #define RB_NEED_DATA(file) \
     if ((file).empty()) GTEST_SKIP() << "RB_DATA_DIR does not name the folder of real files"
+
+/// Each file, cut at 64 places, loads or is refused with a reason.
+/// @param load  Takes the bytes of a file and its name; what it returns is true when they load.
+template <class Files, class Load>
+void expectBeginningsToBeReadOrRefused(const Files& files, const Load& load) {
+    for (const auto& real : files) {
+        SCOPED_TRACE(real.path);
+        const std::string file = dataFile(real.path);
+        RB_NEED_DATA(file);
+        const std::string content = contentOf(file);
+        for (std::size_t cut = 0; cut < 64; ++cut) {
+            const std::string beginning = content.substr(0, content.size() * cut / 64);
+            if (load(beginning, real.path)) continue;
+            EXPECT_FALSE(KVRLastImageError().found.empty()) << beginning.size();
+        }
+    }
+}
+
+/// Each file is refused for its reason.
+/// @param refusal  Takes the bytes of a file and returns the message.
+template <class Refusal>
+void expectRefusals(std::span<const RefusedFile> files, const Refusal& refusal) {
+    for (const RefusedFile& refused : files) {
+        const std::string file = dataFile(refused.path);
+        RB_NEED_DATA(file);
+        const std::string message = refusal(contentOf(file));
+        EXPECT_NE(message.find(refused.reason), std::string::npos)
+            << refused.path << ": " << message;
+    }
+}
 
 }  // namespace rb::test

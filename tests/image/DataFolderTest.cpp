@@ -32,27 +32,13 @@ TEST(DataFolder, files_load_as_other_readers_describe_them) {
 }
 
 TEST(DataFolder, beginnings_of_files_are_read_or_refused_with_a_reason) {
-    for (const RealFile& real : kRealFiles) {
-        SCOPED_TRACE(real.path);
-        const std::string file = dataFile(real.path);
-        RB_NEED_DATA(file);
-        const std::string content = contentOf(file);
-        for (std::size_t cut = 0; cut < 64; ++cut) {
-            const std::string beginning = content.substr(0, content.size() * cut / 64);
-            if (tryToLoad(beginning)) continue;
-            EXPECT_FALSE(KVRLastImageError().found.empty()) << beginning.size();
-        }
-    }
+    expectBeginningsToBeReadOrRefused(kRealFiles, [](const std::string& bytes, const char* name) {
+        return bool(tryToLoad(bytes, name));
+    });
 }
 
 TEST(DataFolder, unusable_files_are_refused_with_their_reason) {
-    for (const RefusedFile& refused : kRefusedFiles) {
-        const std::string file = dataFile(refused.path);
-        RB_NEED_DATA(file);
-        const std::string refusal = refusalOf(contentOf(file));
-        EXPECT_NE(refusal.find(refused.reason), std::string::npos)
-            << refused.path << ": " << refusal;
-    }
+    expectRefusals(kRefusedFiles, [](const std::string& bytes) { return refusalOf(bytes); });
 }
 
 TEST(DataFolder, png_samples_are_those_of_another_reader) {

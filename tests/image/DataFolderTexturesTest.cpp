@@ -41,27 +41,13 @@ TEST(DataFolderTextures, files_hold_what_their_headers_say) {
 }
 
 TEST(DataFolderTextures, unusable_files_are_refused_with_their_reason) {
-    for (const RefusedFile& refused : kRefusedTextures) {
-        const std::string file = dataFile(refused.path);
-        RB_NEED_DATA(file);
-        const std::string refusal = textureRefusalOf(contentOf(file));
-        EXPECT_NE(refusal.find(refused.reason), std::string::npos)
-            << refused.path << ": " << refusal;
-    }
+    expectRefusals(kRefusedTextures, textureRefusalOf);
 }
 
 TEST(DataFolderTextures, beginnings_of_files_are_read_or_refused_with_a_reason) {
-    for (const RealTexture& real : kRealTextures) {
-        SCOPED_TRACE(real.path);
-        const std::string file = dataFile(real.path);
-        RB_NEED_DATA(file);
-        const std::string content = contentOf(file);
-        for (std::size_t cut = 0; cut < 64; ++cut) {
-            const std::string beginning = content.substr(0, content.size() * cut / 64);
-            if (tryToLoadTexture(beginning)) continue;
-            EXPECT_FALSE(KVRLastImageError().found.empty()) << beginning.size();
-        }
-    }
+    expectBeginningsToBeReadOrRefused(kRealTextures, [](const std::string& bytes, const char*) {
+        return bool(tryToLoadTexture(bytes));
+    });
 }
 
 /// Compares a picture with the part of a reference that begins at (@p left, @p top). Blocks may be

@@ -11,13 +11,6 @@ struct ConvertArguments {
     int dpi = kDefaultDpi;
 };
 
-void checkDisplayable(const std::string& path, const KVRPixelImage& image) {
-    if (!isDisplayable(image))
-        throw Failure(path, std::string("expected an image with 8-bit pixels, found ") +
-                                formatName(image) +
-                                " pixels, for which there is no conversion to 8 bits yet");
-}
-
 int runConvert(Context& context, const ConvertArguments& arguments) {
     const char* const writer = writerOf(arguments.out);
     if (arguments.dpi < 1)

@@ -2,7 +2,6 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Images.h"
-#include "tools/rba/Output.h"
 
 namespace rb::cli {
 namespace {
@@ -41,17 +40,10 @@ struct DeriveArguments {
     const Derivation* derivation = nullptr;
 };
 
-Image loadDisplayable(const std::string& path) {
-    Image image = loadImage(path);
-    if (!image->GetPixelsToRead())
-        throw Failure(path, std::string("expected an image with 8-bit pixels, found ") +
-                                formatName(*image.Get()) + " pixels");
-    return image;
-}
-
 int runDerive(Context& context, const DeriveArguments& arguments) {
     const char* const writer = writerOf(arguments.out);
-    const Image source = loadDisplayable(arguments.in);
+    const Image source = loadImage(arguments.in);
+    checkDisplayable(arguments.in, *source.Get());
     const Image result = Image::Adopt(arguments.derivation->derive(source.Get()));
     if (!result) throw Failure(arguments.in, "expected memory for the result, found none");
     writeImage(*result.Get(), arguments.out, writer);

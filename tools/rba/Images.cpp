@@ -30,6 +30,13 @@ KVRVar<KVRPixelImage> loadImage(const std::string& typedPath, int dpi,
 
 bool isDisplayable(const KVRPixelImage& image) { return image.GetPixelsToRead() != nullptr; }
 
+void checkDisplayable(const std::string& path, const KVRPixelImage& image) {
+    if (!isDisplayable(image))
+        throw Failure(path, std::string("expected an image with 8-bit pixels, found ") +
+                                formatName(image) +
+                                " pixels, for which there is no conversion to 8 bits yet");
+}
+
 const char* formatName(const KVRPixelImage& image) {
     return rb::imaging::layoutOf(image.GetFormat()).name;
 }

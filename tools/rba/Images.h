@@ -25,6 +25,8 @@ KVRVar<KVRPixelImage> loadImage(const std::string& typedPath, int dpi = kDefault
 
 /// Whether the pixels are integers, and so can be written as they are.
 bool isDisplayable(const KVRPixelImage& image);
+/// Throws Failure for the image of @p path when they are not.
+void checkDisplayable(const std::string& path, const KVRPixelImage& image);
 
 const char* formatName(const KVRPixelImage& image);  ///< As in "RGB_f16".
 
