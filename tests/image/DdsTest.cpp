@@ -232,5 +232,59 @@ TEST(Dds, an_image_is_not_read_from_a_texture_file) {
               std::string::npos);
 }
 
+TEST(TextureImage, gives_any_surface_by_face_and_level) {
+    DdsBuilder dds = masked(kMaskedRgba, 32, {0xFF, 0xFF00, 0xFF0000, 0xFF000000}, 2, {});
+    dds.height = 2;
+    for (const int faces : {1, 6})
+        for (const int levels : {1, 2}) {
+            dds.caps2 = faces == 6 ? 0xFE00 : 0;
+            dds.levels = static_cast<std::uint32_t>(levels);
+            dds.data.clear();
+            for (char face = 0; face < faces; ++face) {
+                dds.data += std::string(16, face);
+                if (levels == 2) dds.data += std::string(4, static_cast<char>(face + 10));
+            }
+            const Texture texture = loadTexture(dds.build());
+            ASSERT_TRUE(texture);
+            EXPECT_EQ(texture->GetFaceCount(), faces);
+            EXPECT_EQ(texture->GetLevelCount(), levels);
+            for (char face = 0; face < faces; ++face) {
+                const Image full = Image::Adopt(texture->GetSurface(face, 0));
+                EXPECT_EQ(rawPixels(full), std::string(16, face));
+                if (levels == 1) continue;
+                const Image small = Image::Adopt(texture->GetSurface(face, 1));
+                EXPECT_EQ(rawPixels(small), std::string(4, static_cast<char>(face + 10)));
+            }
+            EXPECT_EQ(texture->GetSurface(faces, 0), nullptr);
+            EXPECT_EQ(texture->GetSurface(-1, 0), nullptr);
+            EXPECT_EQ(texture->GetSurface(0, levels), nullptr);
+            EXPECT_EQ(texture->GetSurface(0, -1), nullptr);
+        }
+}
+
+TEST(TextureFiles, are_told_apart_by_their_first_bytes) {
+    const TempFolder folder;
+    const std::string ktx2 = "\xABKTX 20\xBB\r\n\x1A\n";
+    EXPECT_EQ(KVRTextureContainerOf(folder.write("a.ktx2", "DDS and more")), "dds");
+    EXPECT_EQ(KVRTextureContainerOf(folder.write("a.dds", ktx2)), "ktx2");
+    EXPECT_EQ(KVRTextureContainerOf(folder.write("b.dds", "DD")), "");
+    EXPECT_EQ(KVRTextureContainerOf(folder.write("c.dds", "")), "");
+    EXPECT_EQ(KVRTextureContainerOf(folder.file("none.dds")), "");
+    EXPECT_EQ(KVRTextureContainerOf(folder.path().string()), "");
+}
+
+TEST(TextureFiles, of_either_container_are_read_through_one_entry) {
+    const auto load = [](const char* name) {
+        return Texture::Adopt(
+            CreateTextureFromFile(RB_SOURCE_DIR "/samples/images/" + KVRUnicodeString(name), 1));
+    };
+    ASSERT_TRUE(load("cube.dds"));
+    EXPECT_EQ(load("cube.dds")->GetFaceCount(), 6);
+    ASSERT_TRUE(load("cube-mips.ktx2"));
+    EXPECT_EQ(load("cube-mips.ktx2")->GetLevelCount(), 7);
+    EXPECT_FALSE(load("studio.bmp"));
+    EXPECT_EQ(KVRLastImageError().expected, "a dds or ktx2 file");
+}
+
 }  // namespace
 }  // namespace rb::test

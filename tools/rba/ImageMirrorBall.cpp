@@ -41,7 +41,7 @@ Image ballOfCube(const std::string& path) {
     const std::string expected = "expected a dds file with a cube map, found ";
     {
         const Texture texture = Texture::load(path);
-        if (texture.container() != std::string_view("dds"))
+        if (texture.container() != "dds")
             throw Failure(path, expected + "a " + texture.container() + " file");
         if (!texture.isCube()) throw Failure(path, expected + "a " + texture.description());
     }

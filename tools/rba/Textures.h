@@ -6,7 +6,7 @@
 
 #include <array>
 #include <string>
-#include <string_view>
+#include <utility>
 
 namespace rb::cli {
 
@@ -20,24 +20,25 @@ public:
     /// Throws Failure when it cannot be read.
     static Texture load(const std::string& typedPath);
 
-    const char* container() const { return m_container; }  ///< "dds" or "ktx2".
+    const std::string& container() const { return m_container; }  ///< "dds" or "ktx2".
     const char* className() const { return m_image->IsA(); }
     const char* description() const;  ///< As in "cube map with mip-maps".
     bool isCube() const { return faces() > 1; }
-    int faces() const { return m_faces; }    ///< 1 or 6.
-    int levels() const { return m_levels; }  ///< Of each face, level 0 included.
+    int faces() const { return m_image->GetFaceCount(); }    ///< 1 or 6.
+    int levels() const { return m_image->GetLevelCount(); }  ///< Of each face, level 0 included.
     /// Level 0 of the only or the first face.
     const KVRPixelImage& image() const { return *m_image.Get(); }
     /// Null beyond the faces and levels that there are.
-    KVRVar<KVRPixelImage> surface(int face, int level) const;
+    KVRVar<KVRPixelImage> surface(int face, int level) const {
+        return KVRVar<KVRPixelImage>::Adopt(m_image->GetSurface(face, level));
+    }
 
 private:
-    Texture(const char* container, KVRVar<KVRTexturePixelImage> image);
+    Texture(std::string container, KVRVar<KVRTexturePixelImage> image)
+        : m_container(std::move(container)), m_image(std::move(image)) {}
 
-    const char* m_container;
+    std::string m_container;
     KVRVar<KVRTexturePixelImage> m_image;
-    int m_faces = 1;
-    int m_levels = 1;
 };
 
 }  // namespace rb::cli

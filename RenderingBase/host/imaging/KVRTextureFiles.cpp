@@ -76,12 +76,13 @@ KVRTexturePixelImage* load(ByteSource& source, std::span<const TextureFormat> fo
     return texture;
 }
 
-KVRTexturePixelImage* loadFile(const KVRUnicodeString& path, const TextureFormat& format) try {
+KVRTexturePixelImage* loadFile(const KVRUnicodeString& path,
+                               std::span<const TextureFormat> formats) try {
     std::string reason;
     ReadResult refusal;
     KVRTexturePixelImage* texture = nullptr;
     if (const auto file = FileSource::open(NativePath(path), reason))
-        texture = load(*file, {&format, 1}, path, refusal);
+        texture = load(*file, formats, path, refusal);
     else
         refusal = rb::imaging::refuse("a readable file", reason);
     rb::imaging::noteImageResult(path, refusal);
@@ -94,11 +95,25 @@ KVRTexturePixelImage* loadFile(const KVRUnicodeString& path, const TextureFormat
 }  // namespace
 
 KVRTexturePixelImage* CreateTextureFromDDSFile(const KVRUnicodeString& path, int) {
-    return loadFile(path, rb::imaging::kDdsFormat);
+    return loadFile(path, {&rb::imaging::kDdsFormat, 1});
 }
 
 KVRTexturePixelImage* CreateTextureFromKTX2File(const KVRUnicodeString& path, int) {
-    return loadFile(path, rb::imaging::kKtx2Format);
+    return loadFile(path, {&rb::imaging::kKtx2Format, 1});
+}
+
+KVRTexturePixelImage* CreateTextureFromFile(const KVRUnicodeString& path, int) {
+    return loadFile(path, rb::imaging::textureFormats());
+}
+
+std::string_view KVRTextureContainerOf(const KVRUnicodeString& path) try {
+    std::string reason;
+    const auto file = FileSource::open(NativePath(path), reason);
+    const TextureFormat* const format =
+        file ? rb::imaging::recogniseTexture(*file, rb::imaging::textureFormats()) : nullptr;
+    return format ? format->name : std::string_view();
+} catch (const std::bad_alloc&) {
+    return {};
 }
 
 KVRTexturePixelImage* CreateTextureFromMemory(std::span<const std::byte> file,

@@ -37,11 +37,23 @@ auto* shared(Members& members, int index) {
     return member;
 }
 
+template <class Faces>
+KVRPixelImage* surfaceOf(const Faces& faces, int face, int level) {
+    if (face < 0 || static_cast<std::size_t>(face) >= faces.size()) return nullptr;
+    return faces[static_cast<std::size_t>(face)]->GetSurface(0, level);
+}
+
 }  // namespace
 
 KVRTexturePixelImage::KVRTexturePixelImage(int width, int height, KVRPixelImageFormat format,
                                            rb::imaging::PixelStorage pixels)
     : KVRClass(width, height, format, std::move(pixels)) {}
+
+KVRPixelImage* KVRTexturePixelImage::GetSurface(int face, int level) {
+    if (face != 0 || level != 0) return nullptr;
+    AddRef();
+    return this;
+}
 
 KVRVizTextureWithMipMap::KVRVizTextureWithMipMap(int width, int height, KVRPixelImageFormat format,
                                                  rb::imaging::PixelStorage pixels,
@@ -54,12 +66,20 @@ KVRPixelImage* KVRVizTextureWithMipMap::GetMipMap(int level) {
     return this;
 }
 
+KVRPixelImage* KVRVizTextureWithMipMap::GetSurface(int face, int level) {
+    return face == 0 ? GetMipMap(level) : nullptr;
+}
+
 KVRVizCubicEnvMap::KVRVizCubicEnvMap(const std::array<Face, 6>& faces)
     : KVRClass(widthOf(*faces[0].Get()), heightOf(*faces[0].Get()), faces[0]->GetFormat(),
                copyOf(*faces[0].Get())),
       m_faces(faces) {}
 
 KVRTexturePixelImage* KVRVizCubicEnvMap::GetFace(int face) const { return shared(m_faces, face); }
+
+KVRPixelImage* KVRVizCubicEnvMap::GetSurface(int face, int level) {
+    return surfaceOf(m_faces, face, level);
+}
 
 KVRVizCubicEnvMapWithMipMap::KVRVizCubicEnvMapWithMipMap(const std::array<Face, 6>& faces)
     : KVRClass(widthOf(*faces[0].Get()), heightOf(*faces[0].Get()), faces[0]->GetFormat(),
@@ -68,4 +88,8 @@ KVRVizCubicEnvMapWithMipMap::KVRVizCubicEnvMapWithMipMap(const std::array<Face, 
 
 KVRVizTextureWithMipMap* KVRVizCubicEnvMapWithMipMap::GetFace(int face) const {
     return shared(m_faces, face);
+}
+
+KVRPixelImage* KVRVizCubicEnvMapWithMipMap::GetSurface(int face, int level) {
+    return surfaceOf(m_faces, face, level);
 }

@@ -18,6 +18,7 @@
 #include <array>
 #include <cstddef>
 #include <span>
+#include <string_view>
 #include <vector>
 
 /// One picture of a texture: what there is when a file has neither levels nor faces.
@@ -31,6 +32,12 @@ public:
     /// The file that the texture stands for; empty when it was not read from one.
     const KVRUnicodeString& GetPath() const { return m_path; }
     void SetPath(const KVRUnicodeString& path) { m_path = path; }
+
+    virtual int GetFaceCount() const { return 1; }   ///< 1, or 6 of a cube.
+    virtual int GetLevelCount() const { return 1; }  ///< Of each face, level 0 included.
+    /// Any picture of any texture; a texture that is no cube is face 0 itself. One reference for
+    /// the caller; null for a face or level that there is not.
+    virtual KVRPixelImage* GetSurface(int face, int level);
 
 private:
     KVRUnicodeString m_path;
@@ -51,6 +58,9 @@ public:
     /// One reference for the caller; null for a level that there is not.
     KVRPixelImage* GetMipMap(int level);
 
+    int GetLevelCount() const override { return 1 + static_cast<int>(m_smaller.size()); }
+    KVRPixelImage* GetSurface(int face, int level) override;
+
 private:
     std::vector<Level> m_smaller;
 };
@@ -63,6 +73,10 @@ public:
 
     /// One reference for the caller; null beyond 5.
     KVRTexturePixelImage* GetFace(int face) const;
+
+    int GetFaceCount() const override { return 6; }
+    int GetLevelCount() const override { return m_faces[0]->GetLevelCount(); }
+    KVRPixelImage* GetSurface(int face, int level) override;
 
 private:
     std::array<Face, 6> m_faces;
@@ -78,6 +92,10 @@ public:
 
     /// One reference for the caller; null beyond 5.
     KVRVizTextureWithMipMap* GetFace(int face) const;
+
+    int GetFaceCount() const override { return 6; }
+    int GetLevelCount() const override { return m_faces[0]->GetLevelCount(); }
+    KVRPixelImage* GetSurface(int face, int level) override;
 
 private:
     std::array<Face, 6> m_faces;
@@ -100,6 +118,13 @@ KVR_EXPORT KVRTexturePixelImage* CreateTextureFromDDSFile(const KVRUnicodeString
 /// zlib compression. Basis Universal texels are refused.
 KVR_EXPORT KVRTexturePixelImage* CreateTextureFromKTX2File(const KVRUnicodeString& path, int flag);
 
-/// The same from the bytes of a file of either format; @p name stands for the path.
+/// The same for a file of either format, told apart by their first bytes.
+KVR_EXPORT KVRTexturePixelImage* CreateTextureFromFile(const KVRUnicodeString& path, int flag);
+
+/// "dds" or "ktx2", by the first bytes of the file at @p path; empty for every other file and for
+/// one that cannot be read. Leaves `KVRLastImageError` as it was.
+KVR_EXPORT std::string_view KVRTextureContainerOf(const KVRUnicodeString& path);
+
+/// The same as CreateTextureFromFile from the bytes of a file; @p name stands for the path.
 KVR_EXPORT KVRTexturePixelImage* CreateTextureFromMemory(std::span<const std::byte> file,
                                                          const KVRUnicodeString& name);

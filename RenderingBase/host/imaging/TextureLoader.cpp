@@ -9,12 +9,24 @@
 namespace rb::imaging {
 namespace {
 
-const TextureFormat* recognise(std::span<const std::byte> head,
-                               std::span<const TextureFormat> formats) {
-    for (const TextureFormat& format : formats)
-        if (startsWith(head, format.magic)) return &format;
-    return nullptr;
-}
+/// The first bytes of a file: as many as tell its format, or fewer.
+class Head {
+public:
+    explicit Head(ByteSource& source) : m_count(source.read(0, m_bytes.data(), m_bytes.size())) {}
+
+    std::span<const std::byte> bytes() const { return {m_bytes.data(), m_count}; }
+
+    /// The one of @p formats that begins so; null when there is none.
+    const TextureFormat* formatAmong(std::span<const TextureFormat> formats) const {
+        for (const TextureFormat& format : formats)
+            if (startsWith(bytes(), format.magic)) return &format;
+        return nullptr;
+    }
+
+private:
+    std::array<std::byte, kHeadBytes> m_bytes;
+    std::size_t m_count;
+};
 
 std::string listOfNames(std::span<const TextureFormat> formats) {
     std::string names;
@@ -83,15 +95,17 @@ std::span<const TextureFormat> textureFormats() {
     return formats;
 }
 
+const TextureFormat* recogniseTexture(ByteSource& source, std::span<const TextureFormat> formats) {
+    return Head(source).formatAmong(formats);
+}
+
 ReadResult loadTexture(ByteSource& source, std::span<const TextureFormat> formats,
                        LoadedTexture& texture) {
-    std::array<std::byte, kHeadBytes> buffer;
-    const std::span<const std::byte> head(buffer.data(),
-                                          source.read(0, buffer.data(), buffer.size()));
-    const TextureFormat* const format = recognise(head, formats);
+    const Head head(source);
+    const TextureFormat* const format = head.formatAmong(formats);
     if (!format)
-        return afterReading(source,
-                            refuse("a " + listOfNames(formats) + " file", firstBytes(head)));
+        return afterReading(
+            source, refuse("a " + listOfNames(formats) + " file", firstBytes(head.bytes())));
     ReadResult refusal = guarded(format->name, [&]() -> ReadResult {
         const auto reader = format->open(source);
         TextureHeader& header = texture.header;

@@ -24,6 +24,9 @@ struct LoadedTexture {
     }
 };
 
+/// The one of @p formats by which a file begins; null when there is none.
+const TextureFormat* recogniseTexture(ByteSource& source, std::span<const TextureFormat> formats);
+
 /// Reads and decodes a texture. The faces together may have as many pixels at level 0 as an image
 /// may have, and the file must have the bytes that its header calls for (`checkSize`). Never
 /// throws.
