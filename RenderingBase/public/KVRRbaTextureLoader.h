@@ -26,13 +26,16 @@
 /// loader was made.
 ///
 /// The resolution is the one in the header of jpg, png, tif, bmp and tga files (by the extension),
-/// else that of the image, else 91.3669 dots to the inch, a default kept for compatibility.
+/// else that of the image, else `kDefaultResolution`.
 ///
 /// Threads: GetInstance any; everything else belongs to the interactive thread.
 class KVR_EXPORT KVRRbaTextureLoader : public KVRClass<"KVRRbaTextureLoader", KVRCommand> {
 public:
     using OnSuccess = std::function<void(const TextureResult&)>;
     using OnFailure = std::function<void(long)>;  ///< Gets the result code.
+
+    /// Dots to the inch of a file that states no resolution; kept for compatibility.
+    static constexpr double kDefaultResolution = 91.3669;
 
     static KVRRbaTextureLoader& GetInstance();
     /// The loader with one reference for the caller, as the modeler wants it.

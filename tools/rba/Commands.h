@@ -16,6 +16,7 @@ void addImageDds(CLI::App& group, Context& context);
 void addImageMirrorBall(CLI::App& group, Context& context);
 void addImageUnits(CLI::App& group, Context& context);
 void addImageHalf(CLI::App& group, Context& context);
+void addTextureCommands(CLI::App& program, Context& context);
 void addEnvCommand(CLI::App& program, Context& context);
 void addSettingsCommands(CLI::App& program, Context& context);
 void addTourCommand(CLI::App& program, Context& context);

@@ -4,6 +4,7 @@
 #include "tools/rba/Commands.h"
 #include "tools/rba/Images.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/PathList.h"
 #include "tools/rba/Paths.h"
 
 #include <optional>
@@ -71,28 +72,7 @@ void printText(std::ostream& out, const std::string& path, const ImageFacts& fac
 }
 
 int runInfo(Context& context, const InfoArguments& arguments) {
-    Progress progress(context.quiet, arguments.paths.size());
-    Json results = Json::array();
-    int status = kDone;
-    for (const std::string& path : arguments.paths) {
-        progress.step(path);
-        try {
-            const ImageFacts facts = readFacts(path);
-            progress.clear();
-            if (context.json)
-                results.push_back(toJson(path, facts));
-            else
-                printText(*context.out, path, facts);
-        } catch (const Failure& failure) {
-            progress.clear();
-            context.out->flush();  // what came before stays before
-            printError(failure.what());
-            results.push_back({{"path", path}, {"error", failure.reason()}});
-            status = kFailed;
-        }
-    }
-    if (context.json) printJson(*context.out, results);
-    return status;
+    return reportOnPaths<ImageFacts>(context, arguments.paths, {readFacts, toJson, printText});
 }
 
 }  // namespace

@@ -21,8 +21,6 @@ constexpr int kWritable = 1;
 constexpr int kPerCentimetre = 3;
 /// In single precision: 2.5399999618530273. Kept for compatibility.
 constexpr double kCentimetresToTheInch = 2.54F;
-/// Of files that state no resolution; kept for compatibility.
-constexpr double kDefaultResolution = 91.3669;
 
 constexpr std::string_view kExtensionsWithResolution[] = {"jpg",  "jpeg", "png", "tif",
                                                           "tiff", "bmp",  "tga"};
@@ -59,7 +57,7 @@ double resolutionOf(const KVRUnicodeString& path, const KVRPixelImage& image) {
         if (resolution != 0) return resolution;
     }
     const float pixelSizeMm = image.GetXPixelSize();
-    if (!(pixelSizeMm > 0)) return kDefaultResolution;
+    if (!(pixelSizeMm > 0)) return KVRRbaTextureLoader::kDefaultResolution;
     return static_cast<double>(KVRRbaImageServices::DotsPerInchToDotsPerMM(pixelSizeMm));
 }
 
