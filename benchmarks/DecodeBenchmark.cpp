@@ -3,6 +3,7 @@
 
 #include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "RenderingBase/public/KVRRbaTextureLoader.h"
 
 #include <Imath/half.h>
 #include <ImfChannelList.h>
@@ -217,6 +218,24 @@ void BM_bare(benchmark::State& state, const std::string& extension, BareReader b
     for (auto _ : state) benchmark::DoNotOptimize(bare(path));
 }
 
+Image importTexture(const std::string& path) {
+    TextureResult result;
+    KVRRbaTextureLoader::GetInstance().ImportTexture(path, result);
+    return Image::Adopt(result.GetPixelImage());
+}
+
+/// What an import does besides reading: the header once more, for the resolution.
+void BM_import(benchmark::State& state) {
+    const std::string path = sample("jpg");
+    const Image image = importTexture(path);
+    if (!image || std::memcmp(image->GetPixelsToRead(), bareJpeg(path).get(),
+                              image->GetRawPixels().size()) != 0) {
+        state.SkipWithError("the import differs from the bare reader");
+        return;
+    }
+    for (auto _ : state) benchmark::DoNotOptimize(importTexture(path).Get());
+}
+
 void BM_writePng(benchmark::State& state) {
     const Image image = photoLike();
     const std::string path = folder() + "/written.png";
@@ -253,6 +272,12 @@ int main(int argc, char** argv) {
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
     }
+    benchmark::RegisterBenchmark("import_jpg/ours/4096", BM_import)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("import_jpg/bare/4096", BM_bare, "jpg", bareJpeg)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     benchmark::RegisterBenchmark("write_png/ours/4096", BM_writePng)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();

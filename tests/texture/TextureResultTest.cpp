@@ -138,6 +138,21 @@ TEST(TextureResult, has_no_image_of_a_texture_without_texels) {
     EXPECT_TRUE(result.CreateVisuTexture() == IVisTexturePtr::kNullPtr);
 }
 
+/// As without memory, or on a lost device.
+class UnreadableTexture : public KVRClass<"UnreadableTexture", IVisTexture> {
+public:
+    Description GetDescription() const override { return {2, 3, 1, 1}; }
+    IVisTextureFormat::Type GetFormat() const override { return IVisTextureFormat::RGB_f; }
+    unsigned char* ReadPixels(unsigned, unsigned) const override { return nullptr; }
+    float* ReadFloatPixels(unsigned, unsigned) const override { return nullptr; }
+};
+
+TEST(TextureResult, has_no_image_of_texels_that_cannot_be_read_back) {
+    const TextureResult result(IVisTexturePtr::Adopt(new UnreadableTexture));
+    EXPECT_FALSE(result.IsValid());
+    EXPECT_TRUE(result.CreateVisuTexture());
+}
+
 TEST(TextureResult, has_an_image_that_outlives_the_texture) {
     Image image;
     {

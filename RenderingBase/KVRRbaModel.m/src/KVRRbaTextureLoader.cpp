@@ -20,7 +20,7 @@ using Image = KVRVar<KVRPixelImage>;
 constexpr int kWritable = 1;
 constexpr int kPerCentimetre = 3;
 /// In single precision: 2.5399999618530273. Kept for compatibility.
-constexpr double kCentimetresToTheInch = 2.54F;
+constexpr auto kCentimetresToTheInch = static_cast<double>(2.54F);
 
 constexpr std::string_view kExtensionsWithResolution[] = {"jpg",  "jpeg", "png", "tif",
                                                           "tiff", "bmp",  "tga"};
