@@ -1,0 +1,14 @@
+#pragma once
+
+/// @file  Which of the samples are images.
+
+#include <filesystem>
+#include <vector>
+
+namespace rb::cli::tour {
+
+/// The files in a folder, and in those inside it, whose extension says image, in the order of their
+/// names. Texture files are not among them.
+std::vector<std::filesystem::path> imageFiles(const std::filesystem::path& folder);
+
+}  // namespace rb::cli::tour
