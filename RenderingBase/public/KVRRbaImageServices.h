@@ -82,6 +82,21 @@ public:
     ///          "dds" in lower case.
     static int CheckDDSFormat(const KVRUnicodeString& path);
 
+    /// Replaces the file of a texture that renderers do not read, psd or rgb (SGI), by a TIFF file.
+    ///
+    /// It is written beside the file, under its name with the extension "tif", with the same
+    /// pixels, resolution and profile; an older file of that name is replaced. The extension is
+    /// what stands behind the last dot of the file name, in any case.
+    /// @param path    The file that is there; becomes the path of the TIFF file, its folder and its
+    ///                name joined with a backslash. Stays as it was for every other extension, and
+    ///                when no TIFF can be written (pixels of psd files with 32 bits are floats).
+    /// @param groups  Names of the groups to show, for drawings; rasters take no notice.
+    /// @param dpi     Resolution at which drawings are rasterised; rasters take no notice.
+    /// @return  0, also when nothing was written. Errors: E_FAIL when a psd or rgb file cannot be
+    ///          read; @p path stays as it was. `KVRLastImageError` tells why in both cases.
+    static HRESULT ConvertUnsupportedTexture(KVRUnicodeString& path,
+                                             const KVRListValKVRUnicodeString& groups, int dpi);
+
     /// Makes a float image displayable: its colours, clamped to 0..1, are brightened, the darker
     /// the more (up to three times), and truncated to bytes; no number counts as 0.
     ///

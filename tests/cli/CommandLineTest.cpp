@@ -157,10 +157,11 @@ TEST(CommandLine, empty_path_is_named) {
 
 TEST(CommandLine, unknown_command_is_named_with_those_that_there_are) {
     const RbaResult result = runRba({"image", "imagine", "a.png"});
-    EXPECT_EQ(result.err,
-              "rba: expected a command of 'rba image' (info, find, convert, grey, mono, negative, "
-              "alpha-invert, mask, bump, dds, mirror-ball, units, half), found 'imagine'; see 'rba "
-              "image --help'\n");
+    EXPECT_EQ(
+        result.err,
+        "rba: expected a command of 'rba image' (info, find, convert, grey, mono, negative, "
+        "alpha-invert, mask, bump, icon, dds, mirror-ball, units, half), found 'imagine'; see 'rba "
+        "image --help'\n");
 }
 
 TEST(CommandLine, common_options_stand_anywhere) {

@@ -85,16 +85,6 @@ TEST(ImageConvert, group_takes_one_value_so_that_paths_may_follow) {
     EXPECT_EQ(runRba({"image", "convert", "--group", "a", in, folder.file("out.png")}).status, 0);
 }
 
-TEST(ImageConvert, floating_point_source_is_refused_and_nothing_is_written) {
-    const TempFolder folder;
-    const std::string in = folder.write("light.hdr", radianceFile(3, 2));
-    const RbaResult result = runRba({"image", "convert", in, folder.file("out.png")});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_TRUE(isErrorLine(result.err, in));
-    EXPECT_NE(result.err.find("RGB_f"), std::string::npos);
-    EXPECT_FALSE(std::filesystem::exists(folder.file("out.png")));
-}
-
 TEST(ImageConvert, unknown_extension_is_wrong_usage) {
     const TempFolder folder;
     const std::string in = writePicture(folder, "in.png", 5, 4);

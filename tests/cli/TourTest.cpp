@@ -1,6 +1,7 @@
 #include "tests/cli/RunRba.h"
 #include "tests/cli/TextureFiles.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <regex>
 #include <set>
@@ -8,6 +9,7 @@
 #include <sys/resource.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace rb::test {
 namespace {
@@ -45,6 +47,10 @@ private:
     TempFolder m_folder;
 };
 
+/// Pictures in the section of derived images: the samples have a picture of colours and one with
+/// transparency, of which three are derived each, and one of floats, of which one is.
+constexpr int kDerived = 4 + 4 + 2;
+
 int countOf(const std::string& text, const std::string& what) {
     int count = 0;
     for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
@@ -56,7 +62,7 @@ TEST_F(Tour, page_has_every_section_and_none_failed) {
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, pagePath() + "\n");
     const std::string html = page();
-    for (const char* id : {"images", "textures", "search", "half"}) {
+    for (const char* id : {"images", "derived", "textures", "search", "half"}) {
         EXPECT_EQ(countOf(html, std::string("<section id=\"") + id + "\">"), 1);
         EXPECT_EQ(countOf(html, std::string("href=\"#") + id + "\""), 1);
     }
@@ -68,9 +74,9 @@ TEST_F(Tour, json_has_path_and_sections) {
     const Json json = run({"--json"}).json();
     EXPECT_EQ(keysOf(json), (std::vector<std::string>{"path", "sections"}));
     EXPECT_EQ(json["path"], pagePath());
-    EXPECT_EQ(json["sections"],
-              (Json{"Images from file to pixels", "Texture files: faces, levels, mirror ball",
-                    "Where image files are found", "Half floats"}));
+    EXPECT_EQ(json["sections"], (Json{"Images from file to pixels", "Derived images",
+                                      "Texture files: faces, levels, mirror ball",
+                                      "Where image files are found", "Half floats"}));
 }
 
 TEST_F(Tour, page_needs_no_other_file) {
@@ -83,8 +89,10 @@ TEST_F(Tour, page_needs_no_other_file) {
     EXPECT_EQ(countOf(html, "<link"), 0);
     EXPECT_EQ(countOf(html, " src=\""), countOf(html, " src=\"data:image/"));
     EXPECT_EQ(countOf(html, " href=\""), countOf(html, " href=\"#"));
-    // Three images are shown, each with a text for those who do not see it.
-    EXPECT_EQ(countOf(html, "<img "), 3);
+    // Three images are shown, and what was derived from them; each with a text for those who do not
+    // see it.
+    EXPECT_EQ(countOf(html, "<img "), 3 + kDerived);
+    EXPECT_EQ(countOf(html, " alt=\""), 3 + kDerived);
     EXPECT_EQ(countOf(html, " alt=\"The picture in "), 3);
 }
 
@@ -117,6 +125,79 @@ TEST_F(Tour, floating_point_picture_says_that_it_is_clamped) {
     EXPECT_EQ(countOf(page(), ">clamped to 0–1<"), 1);
 }
 
+std::string fromBase64(const std::string& text) {
+    static const std::string digits =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string bytes;
+    unsigned bits = 0, count = 0;
+    for (const char c : text.substr(0, text.find('='))) {
+        bits = bits << 6 | static_cast<unsigned>(digits.find(c));
+        count += 6;
+        if (count < 8) continue;
+        count -= 8;
+        bytes += static_cast<char>(bits >> count & 0xFF);
+    }
+    return bytes;
+}
+
+/// The picture that a page shows with this text.
+PictureFile shown(const TempFolder& folder, const std::string& html, const std::string& alt) {
+    const auto end = html.find(" alt=\"" + alt + "\"");
+    const std::string before = html.substr(0, std::min(end, html.size()));
+    const std::string png = "data:image/png;base64,";
+    const auto begin = before.rfind(png);
+    if (end == std::string::npos || begin == std::string::npos) return PictureFile("");
+    const auto data = begin + png.size();
+    return PictureFile(
+        folder.write("shown.png", fromBase64(html.substr(data, html.find('"', data) - data))));
+}
+
+TEST_F(Tour, derived_images_are_shown_pixel_by_pixel) {
+    ASSERT_EQ(run().status, 0);
+    const std::string html = page();
+    const PictureFile source(folder().file("samples/images/glass.png"));
+    const auto negative = shown(folder(), html, "Negative of images/glass.png");
+    const auto inverted = shown(folder(), html, "Inverted alpha of images/glass.png");
+    const auto mask = shown(folder(), html, "Mask of images/glass.png");
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x) {
+            const auto [r, g, b, a] = source.at(x, y);
+            EXPECT_EQ(negative.at(x, y), (PictureFile::Pixel{255 - r, 255 - g, 255 - b, a}));
+            EXPECT_EQ(inverted.at(x, y), (PictureFile::Pixel{r, g, b, 255 - a}));
+            EXPECT_EQ(mask.at(x, y), (PictureFile::Pixel{255 - a, 255 - a, 255 - a, 255}));
+        }
+    // 40 x 30 pixels become 128 x 96, 16 below the upper edge.
+    const auto icon = shown(folder(), html, "Icon of 128 px of images/oak &amp; &lt;ash&gt;.png");
+    EXPECT_EQ(icon.width(), 128);
+    EXPECT_EQ(icon.at(64, 15), (PictureFile::Pixel{125, 125, 125, 255}));
+    EXPECT_NE(icon.at(64, 16), (PictureFile::Pixel{125, 125, 125, 255}));
+    // (0.5, 1, 2), cut to (0.5, 1, 1) and brightened by 1.0156.
+    EXPECT_EQ(shown(folder(), html, "Displayable of light.hdr").at(7, 3),
+              (PictureFile::Pixel{129, 255, 255, 255}));
+}
+
+TEST_F(Tour, sources_of_derived_images_are_whole_or_the_middle) {
+    writePicture(folder(), "samples/images/studio.png", 301, 200);
+    ASSERT_EQ(run().status, 0);
+    const std::string html = page();
+    // The preferred one, although it is not the first.
+    EXPECT_EQ(countOf(html, " alt=\"Source: images/oak "), 0);
+    const PictureFile whole(folder().file("samples/images/studio.png"));
+    const auto middle = shown(folder(), html, "Source: images/studio.png");
+    EXPECT_EQ(middle.width(), 256);
+    EXPECT_EQ(middle.height(), 192);
+    for (const auto& [x, y] : {std::pair(0, 0), {255, 0}, {0, 191}, {255, 191}, {100, 50}})
+        EXPECT_EQ(middle.at(x, y), whole.at(x + 22, y + 4)) << x << ", " << y;
+    EXPECT_EQ(countOf(html, "<p>the middle 256 × 192 px, RGB</p>"), 1);
+    EXPECT_EQ(countOf(html, "<p>8 × 8 px, RGBA</p>"), 1);
+    EXPECT_EQ(countOf(html, "<p>8 × 4 px, RGB_f, here clamped to 0–1</p>"), 1);
+}
+
+TEST_F(Tour, what_nothing_can_be_derived_from_is_named) {
+    EXPECT_EQ(run().status, 0);
+    EXPECT_EQ(countOf(page(), "No sample has grey pixels, half pixels."), 1);
+}
+
 TEST_F(Tour, textures_are_listed_drawn_and_damaged) {
     for (const char* name : {"cube.dds", "cube-mips.dds", "cube-mips.ktx2", "grating-mips.dds"})
         folder().write(std::string("samples/images/") + name, readFile(sampleImage(name)));
@@ -130,10 +211,10 @@ TEST_F(Tour, textures_are_listed_drawn_and_damaged) {
           "grating-mips.dds</code></th><td>picture with mip-maps<br>",
           "<code>bad.dds</code></th><td colspan=\"7\">expected a dds or ktx2 file, found "})
         EXPECT_EQ(countOf(html, row), 1) << row;
-    // Three images, one sheet, and a mirror ball of each dds cube and of six faces.
+    // One sheet, and a mirror ball of each dds cube and of six faces.
     EXPECT_EQ(countOf(html, " alt=\"All faces and levels of images/cube-mips.dds\""), 1);
     EXPECT_EQ(countOf(html, " alt=\"Mirror ball: "), 3);
-    EXPECT_EQ(countOf(html, "<img "), 7);
+    EXPECT_EQ(countOf(html, "<img "), 3 + kDerived + 4);
     // Images and textures have a table of damaged files each.
     EXPECT_EQ(countOf(html, "<code>cube-mips.ktx2</code></th><td>cut "), 2);
 }
@@ -266,6 +347,14 @@ TEST_F(Tour, own_samples_are_found_without_being_named) {
         const std::string name = entry.path().filename();
         EXPECT_GE(countOf(html, "images/" + name), 1) << name;
     }
+    for (const char* service :
+         {"ComputeGreyScaleImage", "ComputeMonochromaImage", "ComputeIconImage",
+          "ComputeNegativeImage", "ComputeAlphaInvertImage", "GenerateMaskFromAlpha",
+          "GenerateBumpMap", "ConvertFloatTextureToRGBA", "ConvertHalfFloatTextureToRGBA"})
+        EXPECT_EQ(countOf(html, std::string("<code>") + service + "</code>"), 1) << service;
+    for (const char* name :
+         {"studio.png", "alpha.png", "grey.tif", "depth-float.exr", "sky-half.exr"})
+        EXPECT_EQ(countOf(html, std::string(" alt=\"Source: images/") + name + "\""), 1) << name;
 }
 
 /// A tour that is interrupted in the middle.

@@ -12,6 +12,7 @@ void addImageInfo(CLI::App& group, Context& context);
 void addImageFind(CLI::App& group, Context& context);
 void addImageConvert(CLI::App& group, Context& context);
 void addImageDerivations(CLI::App& group, Context& context);  ///< grey, mono, ... bump
+void addImageIcon(CLI::App& group, Context& context);
 void addImageDds(CLI::App& group, Context& context);
 void addImageMirrorBall(CLI::App& group, Context& context);
 void addImageUnits(CLI::App& group, Context& context);

@@ -10,6 +10,7 @@ void addImageCommands(CLI::App& program, Context& context) {
     addImageFind(group, context);
     addImageConvert(group, context);
     addImageDerivations(group, context);
+    addImageIcon(group, context);
     addImageDds(group, context);
     addImageMirrorBall(group, context);
     addImageUnits(group, context);

@@ -20,9 +20,9 @@ int runConvert(Context& context, const ConvertArguments& arguments) {
     KVRListValKVRUnicodeString groups;
     for (const std::string& group : arguments.groups) groups.Append(KVRUnicodeString(group));
     const KVRVar<KVRPixelImage> image = loadImage(arguments.in, arguments.dpi, groups);
-    checkDisplayable(arguments.in, *image.Get());
-    writeImage(*image.Get(), arguments.out, writer);
-    printImage(context, arguments.out, *image.Get());
+    const KVRVar<KVRPixelImage> shown = displayableImage(arguments.in, *image.Get());
+    writeImage(*shown.Get(), arguments.out, writer);
+    printImage(context, arguments.out, *shown.Get());
     return kDone;
 }
 
@@ -34,7 +34,9 @@ void addImageConvert(CLI::App& group, Context& context) {
         {"convert",
          "Write an image in another file format. The extension of OUT chooses it: png, tif, tiff, "
          "bmp, jpg or jpeg (quality 95, without transparency). An embedded colour profile is "
-         "applied: the result is sRGB. OUT appears when it is complete and replaces an older file.",
+         "applied: the result is sRGB. Float and half pixels are made displayable: cut at 0 and 1 "
+         "and brightened, the darker the more; the result is RGBA. OUT appears when it is complete "
+         "and replaces an older file.",
          "rba image convert oak.tif oak.png"});
     addArgument(command, "IN", arguments.in, "Image file to read");
     addArgument(command, "OUT", arguments.out, "Image file to write");

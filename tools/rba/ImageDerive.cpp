@@ -58,7 +58,7 @@ void addDerivation(CLI::App& group, Context& context, const Derivation& derivati
         {derivation.name,
          std::string(derivation.help) +
              " The extension of OUT chooses the file format; pictures of half and float pixels "
-             "are refused.",
+             "have to be converted to 8 bits first, with: rba image convert.",
          example});
     arguments.derivation = &derivation;
     addArgument(command, "IN", arguments.in, "Image file to read");

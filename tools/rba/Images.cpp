@@ -11,6 +11,27 @@
 #include <utility>
 
 namespace rb::cli {
+namespace {
+
+using Converter = KVRPixelImage* (*)(KVRPixelImage* source);
+
+/// The service that makes 8 bits of a format; null when there is none.
+Converter converterOf(KVRPixelImageFormat format) {
+    switch (format) {
+        case KVRPixelImageFormat::L_f:
+        case KVRPixelImageFormat::RGB_f:
+        case KVRPixelImageFormat::RGBA_f:
+            return KVRRbaImageServices::ConvertFloatTextureToRGBA;
+        case KVRPixelImageFormat::L_f16:
+        case KVRPixelImageFormat::RGB_f16:
+        case KVRPixelImageFormat::RGBA_f16:
+            return KVRRbaImageServices::ConvertHalfFloatTextureToRGBA;
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
 
 std::string imageErrorReason() {
     KVRImageError error = KVRLastImageError();
@@ -34,7 +55,22 @@ void checkDisplayable(const std::string& path, const KVRPixelImage& image) {
     if (!isDisplayable(image))
         throw Failure(path, std::string("expected an image with 8-bit pixels, found ") +
                                 formatName(image) +
-                                " pixels, for which there is no conversion to 8 bits yet");
+                                " pixels; convert it to 8 bits first with: rba image convert");
+}
+
+KVRVar<KVRPixelImage> displayableImage(const std::string& path, KVRPixelImage& image) {
+    if (isDisplayable(image)) return KVRVar<KVRPixelImage>(&image);
+    const Converter convert = converterOf(image.GetFormat());
+    if (!convert)
+        throw Failure(path,
+                      std::string("expected an image with 8-bit pixels, or with half or float "
+                                  "pixels in the order of red, green and blue, found ") +
+                          formatName(image) + " pixels");
+    auto converted = KVRVar<KVRPixelImage>::Adopt(convert(&image));
+    if (!converted) throw Failure(path, "expected memory for a copy with 8 bits, found none");
+    converted->SetResolution(image.GetXResolution(), image.GetYResolution(),
+                             image.GetResolutionUnit());
+    return converted;
 }
 
 const char* formatName(const KVRPixelImage& image) {

@@ -28,6 +28,11 @@ bool isDisplayable(const KVRPixelImage& image);
 /// Throws Failure for the image of @p path when they are not.
 void checkDisplayable(const std::string& path, const KVRPixelImage& image);
 
+/// The image of @p path with pixels that can be written: itself, or what `KVRRbaImageServices`
+/// makes of float and half pixels, with the same resolution.
+/// Throws Failure when there is no such conversion for its format.
+KVRVar<KVRPixelImage> displayableImage(const std::string& path, KVRPixelImage& image);
+
 const char* formatName(const KVRPixelImage& image);  ///< As in "RGB_f16".
 
 /// The name that `KVRPixelImage::WriteToFile` has for the format of an extension in lower case;

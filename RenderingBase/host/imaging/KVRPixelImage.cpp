@@ -99,6 +99,16 @@ void KVRPixelImage::replacePixels(KVRPixelImageFormat format, PixelStorage pixel
                    : KVRMMPIBuffer();
 }
 
+void KVRPixelImage::TakeOver(KVRPixelImage& other) noexcept {
+    m_width = std::exchange(other.m_width, 0);
+    m_height = std::exchange(other.m_height, 0);
+    replacePixels(other.m_format, std::move(other.m_pixels));
+    other.replacePixels(other.m_format, PixelStorage());
+    m_resolution = std::exchange(other.m_resolution, {});
+    m_profile = std::move(other.m_profile);
+    m_metadata = std::exchange(other.m_metadata, {});
+}
+
 void KVRPixelImage::copyAttributesFrom(const KVRPixelImage& other) {
     m_resolution = other.m_resolution;
     m_profile = other.m_profile;

@@ -163,6 +163,8 @@ protected:
     /// Takes over @p pixels: width x height x bytes per pixel of @p format.
     KVRPixelImage(int width, int height, KVRPixelImageFormat format,
                   rb::imaging::PixelStorage pixels);
+    /// Becomes the image that @p other is, which is left without pixels. Nothing is copied.
+    void TakeOver(KVRPixelImage& other) noexcept;
 
 private:
     const rb::imaging::PixelLayout& layout() const { return rb::imaging::layoutOf(m_format); }

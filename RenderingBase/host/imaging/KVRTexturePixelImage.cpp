@@ -1,7 +1,10 @@
 #include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
 
+#include "RenderingBase/host/imaging/LastImageError.h"
+
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <span>
 #include <utility>
 
@@ -53,6 +56,20 @@ KVRPixelImage* KVRTexturePixelImage::GetSurface(int face, int level) {
     if (face != 0 || level != 0) return nullptr;
     AddRef();
     return this;
+}
+
+KVRTexturePixelImage* KVRTexturePixelImage::GetImage(const KVRUnicodeString& path,
+                                                     int writable) try {
+    const auto image = KVRVar<KVRPixelImage>::Adopt(CreateFromFileEx(path, writable, 0));
+    if (!image) return nullptr;
+    auto texture = KVRVar<KVRTexturePixelImage>::Adopt(
+        new KVRTexturePixelImage(0, 0, image->GetFormat(), rb::imaging::PixelStorage()));
+    texture->TakeOver(*image.Get());
+    texture->SetPath(path);
+    return texture.Detach();
+} catch (const std::bad_alloc&) {
+    rb::imaging::noteLackOfMemory();
+    return nullptr;
 }
 
 KVRVizTextureWithMipMap::KVRVizTextureWithMipMap(int width, int height, KVRPixelImageFormat format,

@@ -29,6 +29,14 @@ public:
     KVRTexturePixelImage(int width, int height, KVRPixelImageFormat format,
                          rb::imaging::PixelStorage pixels);
 
+    /// Reads any image file that `KVRPixelImage::CreateFromFileEx` reads, with its resolution,
+    /// profile and metadata. Its path is @p path.
+    /// @param writable  1 when the pixels will be changed. Kept for compatibility: they may be
+    ///                  changed whatever it is, and the file is never written back.
+    /// @return  A new texture, one reference for the caller; null when the file cannot be read, and
+    ///          `KVRLastImageError` tells why.
+    static KVRTexturePixelImage* GetImage(const KVRUnicodeString& path, int writable);
+
     /// The file that the texture stands for; empty when it was not read from one.
     const KVRUnicodeString& GetPath() const { return m_path; }
     void SetPath(const KVRUnicodeString& path) { m_path = path; }

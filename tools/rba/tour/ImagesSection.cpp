@@ -5,7 +5,7 @@
 #include "tools/rba/Interrupt.h"
 #include "tools/rba/Paths.h"
 #include "tools/rba/tour/DamagedFiles.h"
-#include "tools/rba/tour/Files.h"
+#include "tools/rba/tour/ImageFiles.h"
 #include "tools/rba/tour/Picture.h"
 #include "tools/rba/tour/Tour.h"
 
@@ -20,7 +20,6 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr int kImages = 1;          // the kind of FindImageInPaths
 constexpr int kLongestSide = 480;   // pixels of an embedded picture: twice those of its frame
 constexpr int kSmallPicture = 160;  // pixels; smaller pictures are shown enlarged, pixel by pixel
 constexpr int kReadings = 3;        // of which the fastest counts
@@ -41,26 +40,6 @@ struct Sample {
 
     double megapixels() const { return 1e-6 * width * height; }
 };
-
-/// Files whose extension says image, in the order of their names.
-std::vector<fs::path> findSamples(const fs::path& folder) {
-    std::vector<fs::path> found;
-    std::error_code error;
-    for (fs::recursive_directory_iterator at(folder, error), end; !error && at != end;
-         at.increment(error)) {
-        std::error_code ignored;
-        if (!at->is_regular_file(ignored)) continue;
-        const std::string kind = kindOf(at->path());
-        if (kind == "dds") continue;  // in the section of textures
-        KVRUnicodeString place;
-        const int status = KVRRbaImageServices::FindImageInPaths(
-            kImages, KVRUnicodeString("sample." + kind), place, nullptr);
-        constexpr int kNotAccepted = -1;
-        if (status != kNotAccepted || kind == "tiff") found.push_back(at->path());
-    }
-    std::ranges::sort(found);
-    return found;
-}
 
 KVRVar<KVRPixelImage> readTimed(const std::string& path, double& milliseconds) {
     KVRVar<KVRPixelImage> image;
@@ -191,7 +170,7 @@ void writeSummary(Html& page, std::span<const Sample> samples, std::size_t refus
 }  // namespace
 
 void writeImagesSection(const TourInput& input, Html& page) {
-    const std::vector<fs::path> paths = findSamples(input.samples);
+    const std::vector<fs::path> paths = imageFiles(input.samples);
     if (paths.empty()) throw Failure("expected image files among the samples, found none");
     Progress progress(input.quiet, paths.size());
     std::vector<Sample> samples;

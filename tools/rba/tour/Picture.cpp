@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <span>
 #include <utility>
 
@@ -48,17 +49,26 @@ std::string encode(const KVRPixelImage& image, const char* writer,
     return readFile(path);
 }
 
+std::string dataUri(const char* type, const std::string& file) {
+    return std::string("data:") + type + ";base64," + base64(std::as_bytes(std::span(file)));
+}
+
+/// What is to be said of a picture that is shown as @p shown.
+Picture describe(const KVRPixelImage& image, const KVRPixelImage& shown) {
+    Picture picture;
+    shown.GetSize(picture.width, picture.height);
+    picture.hasAlpha = rb::imaging::layoutOf(shown.GetFormat()).hasAlpha();
+    picture.clamped = !isDisplayable(image);
+    return picture;
+}
+
 }  // namespace
 
 Picture makePicture(const KVRPixelImage& image, int longestSide,
                     const std::filesystem::path& scratch) {
     const Image shown = displayable(image, longestSide);
     if (!shown) throw Failure("expected a picture that can be shown, found one without pixels");
-    Picture picture;
-    shown->GetSize(picture.width, picture.height);
-    picture.hasAlpha = rb::imaging::layoutOf(shown->GetFormat()).hasAlpha();
-    picture.clamped = !isDisplayable(image);
-
+    Picture picture = describe(image, *shown.Get());
     std::string file = encode(*shown.Get(), "PNG", scratch);
     const char* type = "image/png";
     if (!picture.hasAlpha && file.size() > kSmallFile) {
@@ -68,8 +78,14 @@ Picture makePicture(const KVRPixelImage& image, int longestSide,
             type = "image/jpeg";
         }
     }
-    picture.dataUri =
-        std::string("data:") + type + ";base64," + base64(std::as_bytes(std::span(file)));
+    picture.dataUri = dataUri(type, file);
+    return picture;
+}
+
+Picture makeExactPicture(const KVRPixelImage& image, const std::filesystem::path& scratch) {
+    const Image shown = displayable(image, std::numeric_limits<int>::max());
+    Picture picture = describe(image, *shown.Get());
+    picture.dataUri = dataUri("image/png", encode(*shown.Get(), "PNG", scratch));
     return picture;
 }
 

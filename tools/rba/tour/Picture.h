@@ -25,4 +25,7 @@ struct Picture {
 Picture makePicture(const KVRPixelImage& image, int longestSide,
                     const std::filesystem::path& scratch);
 
+/// The same in its own size and always a PNG, so that every pixel is what it is.
+Picture makeExactPicture(const KVRPixelImage& image, const std::filesystem::path& scratch);
+
 }  // namespace rb::cli::tour

@@ -5,9 +5,11 @@
 namespace rb::cli::tour {
 
 std::span<const Section> sections() {
-    static constexpr std::array<Section, 4> kSections{{
+    static constexpr std::array<Section, 6> kSections{{
         {"images", "Images from file to pixels", writeImagesSection},
+        {"derived", "Derived images", writeDerivedSection},
         {"textures", "Texture files: faces, levels, mirror ball", writeTexturesSection},
+        {"import", "Textures as a renderer gets them", writeImportSection},
         {"search", "Where image files are found", writeSearchSection},
         {"half", "Half floats", writeHalfSection},
     }};

@@ -28,13 +28,13 @@ header .inner { padding-top: 52px; padding-bottom: 30px; }
 .eyebrow { margin: 0; color: var(--accent); font-weight: 600; letter-spacing: .02em; }
 h1 { margin: 6px 0 10px; font-size: clamp(2.2rem, 5vw, 3.2rem); line-height: 1.1; letter-spacing: -.02em; font-weight: 680; }
 .tagline { margin: 0; max-width: 44em; color: var(--dim); font-size: 1.1rem; }
-nav ol { list-style: none; counter-reset: section; display: flex; flex-wrap: wrap; gap: 10px; margin: 26px 0 0; padding: 0; }
+nav ol { list-style: none; counter-reset: section; display: flex; flex-wrap: wrap; gap: 8px; margin: 26px 0 0; padding: 0; }
 nav li { counter-increment: section; }
 nav a {
-  display: block; padding: 7px 15px; border: 1px solid var(--line); border-radius: 999px;
+  display: block; padding: 7px 13px; border: 1px solid var(--line); border-radius: 999px;
   background: var(--ground); color: var(--ink); text-decoration: none; font-size: .95rem;
 }
-nav a::before { content: counter(section); margin-right: 9px; color: var(--accent); font-weight: 650; }
+nav a::before { content: counter(section); margin-right: 8px; color: var(--accent); font-weight: 650; }
 nav a:hover { border-color: var(--accent); }
 section { padding: 46px 0 22px; scroll-margin-top: 8px; }
 section + section { border-top: 1px solid var(--line); }
@@ -54,6 +54,23 @@ section > p { max-width: 50em; }
 .frame img.small { image-rendering: pixelated; }
 .frame.alpha { background: repeating-conic-gradient(var(--check) 0 25%, var(--paper) 0 50%) 0 0 / 20px 20px; }
 .badge { position: absolute; right: 10px; bottom: 10px; padding: 2px 10px; border-radius: 999px; background: var(--paper); color: var(--warm); font-size: .78rem; font-weight: 600; border: 1px solid var(--line); }
+.steps { display: grid; height: 100%; grid-template-columns: repeat(auto-fill, minmax(min(100%, 270px), 1fr)); gap: 20px; }
+.steps.wide { grid-template-columns: repeat(auto-fill, minmax(min(100%, 526px), 1fr)); }
+.groups { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 560px), 1fr)); gap: 34px 20px; }
+.groups > .full { grid-column: 1 / -1; }
+.real { aspect-ratio: auto; height: 276px; display: grid; place-content: safe center; overflow-x: auto; }
+.real img { position: static; width: auto; height: auto; max-width: none; image-rendering: pixelated; }
+.real img.alpha { background: repeating-conic-gradient(#c4c4c4 0 25%, #ffffff 0 50%) 0 0 / 16px 16px; }
+.levels { display: flex; align-items: flex-end; gap: 10px; overflow-x: auto; padding-bottom: 8px; }
+.levels img { flex: none; image-rendering: pixelated; }
+.source { position: relative; overflow: visible; background: none; border-style: dashed; border-color: var(--dim); }
+.source .frame { background: none; }
+.source::after {
+  content: "→"; position: absolute; z-index: 1; top: 121px; right: -28px; width: 34px; height: 34px; display: grid; place-items: center;
+  border-radius: 50%; background: var(--accent); color: var(--paper); font-weight: 650;
+}
+.step p { margin: 0 16px 6px; font-size: .88rem; color: var(--dim); }
+.step p:last-child { margin-bottom: 16px; color: var(--ink); }
 .card h3 { margin: 14px 16px 6px; font-size: 1rem; font-weight: 640; overflow-wrap: anywhere; line-height: 1.35; }
 .card dl { margin: 0; padding: 0 16px 16px; font-size: .88rem; }
 .card dl div { display: grid; grid-template-columns: 82px 1fr; gap: 10px; padding: 2px 0; }
@@ -86,6 +103,7 @@ svg text { fill: var(--dim); font: 12px system-ui, -apple-system, "Segoe UI", Ro
 .trouble { padding: 14px 18px; border: 1px solid var(--warm); border-radius: 12px; color: var(--warm); }
 footer { margin-top: 24px; color: var(--dim); font-size: .9rem; border-top: 1px solid var(--line); }
 footer .inner { padding-top: 26px; padding-bottom: 46px; }
+@media (max-width: 640px) { .source::after { display: none; } }
 @media (max-width: 560px) { .inner, main { padding-left: 18px; padding-right: 18px; } th, td { padding: 8px 12px; } }
 @media print { .card, figure, tr { break-inside: avoid; } }
 )";

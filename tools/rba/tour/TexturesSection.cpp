@@ -7,6 +7,7 @@
 #include "tools/rba/Textures.h"
 #include "tools/rba/tour/DamagedFiles.h"
 #include "tools/rba/tour/Files.h"
+#include "tools/rba/tour/ImageFiles.h"
 #include "tools/rba/tour/Picture.h"
 #include "tools/rba/tour/Tour.h"
 
@@ -60,17 +61,11 @@ auto timed(Work work) {
 
 std::vector<Sample> findSamples(const TourInput& input) {
     std::vector<Sample> found;
-    std::error_code error;
-    for (fs::recursive_directory_iterator at(input.samples, error), end; !error && at != end;
-         at.increment(error)) {
-        std::error_code ignored;
-        const std::string kind = kindOf(at->path());
-        if (!at->is_regular_file(ignored) || (kind != "dds" && kind != "ktx2")) continue;
+    for (const fs::path& path : textureFiles(input.samples)) {
         Sample& sample = found.emplace_back();
-        sample.path = at->path();
-        sample.name = sample.path.lexically_relative(input.samples).generic_string();
+        sample.path = path;
+        sample.name = path.lexically_relative(input.samples).generic_string();
     }
-    std::ranges::sort(found, {}, &Sample::path);
     return found;
 }
 
