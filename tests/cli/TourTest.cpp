@@ -51,6 +51,9 @@ private:
 /// transparency, of which three are derived each, and one of floats, of which one is.
 constexpr int kDerived = 4 + 4 + 2;
 
+/// Levels of the first sample that can be shown, of 8 x 8 texels, in the section of imports.
+constexpr int kLevels = 4;
+
 int countOf(const std::string& text, const std::string& what) {
     int count = 0;
     for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
@@ -62,7 +65,7 @@ TEST_F(Tour, page_has_every_section_and_none_failed) {
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, pagePath() + "\n");
     const std::string html = page();
-    for (const char* id : {"images", "derived", "textures", "search", "half"}) {
+    for (const char* id : {"images", "derived", "textures", "import", "search", "half"}) {
         EXPECT_EQ(countOf(html, std::string("<section id=\"") + id + "\">"), 1);
         EXPECT_EQ(countOf(html, std::string("href=\"#") + id + "\""), 1);
     }
@@ -74,9 +77,10 @@ TEST_F(Tour, json_has_path_and_sections) {
     const Json json = run({"--json"}).json();
     EXPECT_EQ(keysOf(json), (std::vector<std::string>{"path", "sections"}));
     EXPECT_EQ(json["path"], pagePath());
-    EXPECT_EQ(json["sections"], (Json{"Images from file to pixels", "Derived images",
-                                      "Texture files: faces, levels, mirror ball",
-                                      "Where image files are found", "Half floats"}));
+    EXPECT_EQ(json["sections"],
+              (Json{"Images from file to pixels", "Derived images",
+                    "Texture files: faces, levels, mirror ball", "Textures as a renderer gets them",
+                    "Where image files are found", "Half floats"}));
 }
 
 TEST_F(Tour, page_needs_no_other_file) {
@@ -89,10 +93,10 @@ TEST_F(Tour, page_needs_no_other_file) {
     EXPECT_EQ(countOf(html, "<link"), 0);
     EXPECT_EQ(countOf(html, " src=\""), countOf(html, " src=\"data:image/"));
     EXPECT_EQ(countOf(html, " href=\""), countOf(html, " href=\"#"));
-    // Three images are shown, and what was derived from them; each with a text for those who do not
-    // see it.
-    EXPECT_EQ(countOf(html, "<img "), 3 + kDerived);
-    EXPECT_EQ(countOf(html, " alt=\""), 3 + kDerived);
+    // Three images are shown, what was derived from them and the levels of one; each with a text
+    // for those who do not see it.
+    EXPECT_EQ(countOf(html, "<img "), 3 + kDerived + kLevels);
+    EXPECT_EQ(countOf(html, " alt=\""), 3 + kDerived + kLevels);
     EXPECT_EQ(countOf(html, " alt=\"The picture in "), 3);
 }
 
@@ -214,7 +218,8 @@ TEST_F(Tour, textures_are_listed_drawn_and_damaged) {
     // One sheet, and a mirror ball of each dds cube and of six faces.
     EXPECT_EQ(countOf(html, " alt=\"All faces and levels of images/cube-mips.dds\""), 1);
     EXPECT_EQ(countOf(html, " alt=\"Mirror ball: "), 3);
-    EXPECT_EQ(countOf(html, "<img "), 3 + kDerived + 4);
+    // The import shows the eight levels of the first texture, which comes before the pictures.
+    EXPECT_EQ(countOf(html, "<img "), 3 + kDerived + 8 + 4);
     // Images and textures have a table of damaged files each.
     EXPECT_EQ(countOf(html, "<code>cube-mips.ktx2</code></th><td>cut "), 2);
 }
@@ -222,6 +227,25 @@ TEST_F(Tour, textures_are_listed_drawn_and_damaged) {
 TEST_F(Tour, samples_without_textures_are_no_failure) {
     EXPECT_EQ(run().status, 0);
     EXPECT_EQ(countOf(page(), "There are no dds or ktx2 files among the samples."), 1);
+}
+
+TEST_F(Tour, imports_are_listed_with_the_resolution_that_was_found) {
+    run();
+    const std::string html = page();
+    // 254 dots to the inch are stored as 10000 to the metre, and the inch is one of single
+    // precision.
+    const std::regex stated(
+        "glass[.]png</code></th><td>RGBA</td><td class=\"number\">8 × 8</td>"
+        "<td class=\"number\">1 × 4</td><td class=\"number\">100 per cm</td>"
+        "<td class=\"number\">254[.]0000</td>");
+    EXPECT_TRUE(std::regex_search(html, stated));
+    const std::regex assumed(
+        "light[.]hdr</code></th><td>RGB_f</td><td class=\"number\">8 × 4</td>"
+        "<td class=\"number\">1 × 4</td><td class=\"number\">–</td>"
+        "<td class=\"number\">assumed 91[.]3669</td>");
+    EXPECT_TRUE(std::regex_search(html, assumed));
+    for (int level = 0; level < kLevels; ++level)
+        EXPECT_EQ(countOf(html, "alt=\"Level " + std::to_string(level) + "\""), 1);
 }
 
 TEST_F(Tour, search_section_shows_each_place_winning_once) {

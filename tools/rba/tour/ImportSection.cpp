@@ -106,7 +106,8 @@ void writeRow(Html& page, const Import& import) {
          << (import.stated.empty() ? "–" : import.stated) << "</td><td class=\"number\">"_html
          << (import.dpi == KVRRbaTextureLoader::kDefaultResolution ? "assumed " : "")
          << numberText(import.dpi, 4) << "</td><td class=\"number\">"_html
-         << numberText(import.milliseconds, 1) << " ms</td></tr>\n"_html;
+         << numberText(import.milliseconds, import.milliseconds < 10 ? 2 : 0)
+         << " ms</td></tr>\n"_html;
 }
 
 void writeTable(Html& page, const std::vector<Import>& imports) {
