@@ -71,7 +71,7 @@ constexpr Derivation kOfFloats[] = {
 };
 constexpr Derivation kOfHalves[] = {
     {"Displayable", "ConvertHalfFloatTextureToRGBA", "convert",
-     "The same: each colour times 0.85 s² − 0.1083 s³ − 2.2417 s + 3, where s is the sum of the "
+     "The same: each colour times 0.85 s² − 0.1083 s³ − 2.2417 s + 3, where s is the sum of all "
      "three.",
      Services::ConvertHalfFloatTextureToRGBA},
 };
@@ -82,7 +82,7 @@ struct Group {
     const char* preferred;  // the sample that shows it best
     std::array<Format, 3> formats;
     int width, height;       // pixels of it that are shown, from its middle
-    const char* groupStyle;  // among the others
+    const char* groupStyle;  // "full" for a row of its own
     const char* stepsStyle;
     std::span<const Derivation> derivations;
 };
@@ -109,7 +109,7 @@ constexpr Group kGroups[] = {
      {Format::L, Format::L, Format::L},
      256,
      256,
-     "pair",
+     "",
      "steps",
      kOfHeights},
     {"float pixels",
@@ -117,7 +117,7 @@ constexpr Group kGroups[] = {
      {Format::L_f, Format::RGB_f, Format::RGBA_f},
      256,
      256,
-     "pair",
+     "",
      "steps",
      kOfFloats},
     {"half pixels",
@@ -159,8 +159,9 @@ Image middleOf(const Image& image, int width, int height) {
 
 /// The preferred sample, else the first one that can be read; without an image when there is none.
 Source sourceOf(const Group& group, const TourInput& input, std::vector<fs::path> paths) {
-    std::ranges::stable_partition(
-        paths, [&](const fs::path& path) { return path == input.samples / group.preferred; });
+    std::stable_partition(paths.begin(), paths.end(), [&](const fs::path& path) {
+        return path == input.samples / group.preferred;
+    });
     for (const fs::path& path : paths) {
         InterruptGuard::check();
         if (!fits(group, path)) continue;
