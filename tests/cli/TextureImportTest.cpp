@@ -1,13 +1,12 @@
 #include "RenderingBase/host/imaging/KVRPixelImageFormat.h"
 #include "tests/cli/RunRba.h"
+#include "tests/cli/TextureFiles.h"
 
 namespace rb::test {
 namespace {
 
 const std::vector<std::string> kKeys = {"path",   "status", "width",
                                         "height", "format", "xResolution"};
-
-std::string sampleFile(const std::string& name) { return RB_SOURCE_DIR "/samples/images/" + name; }
 
 TEST(TextureImport, text_tells_size_format_and_resolution) {
     const TempFolder folder;
@@ -34,12 +33,12 @@ TEST(TextureImport, text_tells_an_assumed_resolution) {
 
 TEST(TextureImport, json_is_an_array_with_the_keys_of_the_table) {
     const RbaResult result =
-        runRba({"--json", "texture", "import", sampleFile("studio.jpg"), sampleFile("cube.dds")});
+        runRba({"--json", "texture", "import", sampleImage("studio.jpg"), sampleImage("cube.dds")});
     EXPECT_EQ(result.status, 0);
     const Json json = result.json();
     ASSERT_EQ(json.size(), 2U);
     EXPECT_EQ(keysOf(json[0]), kKeys);
-    EXPECT_EQ(json[0]["path"], sampleFile("studio.jpg"));
+    EXPECT_EQ(json[0]["path"], sampleImage("studio.jpg"));
     EXPECT_EQ(json[0]["status"], 0);
     EXPECT_EQ(json[0]["width"], 640);
     EXPECT_EQ(json[0]["height"], 480);
@@ -52,7 +51,7 @@ TEST(TextureImport, json_is_an_array_with_the_keys_of_the_table) {
 
 TEST(TextureImport, a_file_that_fails_does_not_keep_the_others) {
     const TempFolder folder;
-    const std::string bad = folder.write("bad.png", "no picture"), good = sampleFile("studio.bmp");
+    const std::string bad = folder.write("bad.png", "no picture"), good = sampleImage("studio.bmp");
     const RbaResult result = runRba({"--json", "texture", "import", bad, good});
     EXPECT_EQ(result.status, 1);
     const Json json = result.json();
@@ -65,19 +64,9 @@ TEST(TextureImport, a_file_that_fails_does_not_keep_the_others) {
 
 TEST(TextureImport, tells_which_texels_cannot_become_an_image) {
     const TempFolder folder;
-    // The dds header for 4 x 4 texels in BC6H, and one block.
-    std::string file = "DDS ";
-    const auto put = [&file](std::uint32_t value) {
-        for (int shift = 0; shift < 32; shift += 8) file += static_cast<char>(value >> shift);
-    };
-    for (const std::uint32_t value : {124U, 0x1007U, 4U, 4U, 0U, 0U, 1U}) put(value);
-    file += std::string(44, '\0');
-    for (const std::uint32_t value : {32U, 4U}) put(value);
-    file += "DX10" + std::string(20, '\0');
-    for (const std::uint32_t value : {0x1000U, 0U, 0U, 0U, 0U}) put(value);
-    for (const std::uint32_t value : {95U, 3U, 0U, 1U, 0U}) put(value);
-    const RbaResult result =
-        runRba({"texture", "import", folder.write("hdr.dds", file + std::string(16, '\0'))});
+    DdsBuilder bc6h = dx10(95, 4, std::string(16, '\0'));
+    bc6h.height = 4;
+    const RbaResult result = runRba({"texture", "import", folder.write("hdr.dds", bc6h.build())});
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(
         result.err.find("expected texels of 8 bits, 16 bits or float, found texture format 22"),
