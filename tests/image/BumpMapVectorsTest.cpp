@@ -10,19 +10,23 @@ using Values = std::vector<std::uint8_t>;
 
 enum class Content {
     Random,
-    BlackAndWhite,  ///< The steepest slopes, where components end on whole bytes.
-    Grey,           ///< Channels alike.
+    BlackAndWhite,  ///< The steepest slopes.
+    /// Multiples of 51, a fifteenth of the largest sum: many slopes have a norm that is a rational
+    /// number, and a z that ends exactly on a byte, such as slopes of 510/765 and 0.
+    Fifths,
+    Grey,  ///< Channels alike.
     AlmostLevel,
     Level,
 };
-constexpr Content kContents[] = {Content::Random, Content::BlackAndWhite, Content::Grey,
-                                 Content::AlmostLevel, Content::Level};
+constexpr Content kContents[] = {Content::Random, Content::Fifths,      Content::BlackAndWhite,
+                                 Content::Grey,   Content::AlmostLevel, Content::Level};
 
 Values picture(std::size_t pixels, Content content, std::mt19937& random) {
     Values values = randomBytes(3 * pixels, random);
     for (std::size_t i = 0; i < values.size(); ++i) {
         std::uint8_t& value = values[i];
         if (content == Content::BlackAndWhite) value = value % 2 ? 255 : 0;
+        if (content == Content::Fifths) value = static_cast<std::uint8_t>(51 * (value % 6));
         if (content == Content::Grey) value = values[i - i % 3];
         if (content == Content::AlmostLevel) value = static_cast<std::uint8_t>(127 + value % 3);
         if (content == Content::Level) value = 200;
