@@ -4,10 +4,8 @@
 ///
 /// Pixels are 8-bit channels side by side, without padding. Every function writes as many bytes as
 /// it reads: to a place as long as the source that is the source itself or does not touch it. What
-/// is said to stay, and what is behind the last whole pixel, is copied.
-///
-/// Every processor gives the same bytes. A large target that is not its source is written past the
-/// caches.
+/// is said to stay, and what is behind the last whole pixel, is copied. Every processor gives the
+/// same bytes.
 
 #include <cstddef>
 #include <cstdint>
