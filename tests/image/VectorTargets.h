@@ -3,38 +3,36 @@
 /// @file  What tests of kernels in vectors share: every kind of processor that this machine can
 ///        stand for, and targets whose surroundings are watched.
 
+#include "RenderingBase/KVRRbaModel.m/src/kernels/Processor.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
-#include <hwy/highway.h>
+#include <optional>
 #include <random>
 #include <span>
 #include <vector>
 
 namespace rb::test {
 
-/// Lets kernels choose the code for one kind of processor; the best one again in the end.
-class ChosenTarget {
+/// Has kernels take the code for one kind of processor; the best one again in the end.
+class ForcedProcessor {
 public:
-    explicit ChosenTarget(std::int64_t target) { choose(target); }
-    ~ChosenTarget() { choose(0); }
-    ChosenTarget(const ChosenTarget&) = delete;
-    ChosenTarget& operator=(const ChosenTarget&) = delete;
-
-private:
-    static void choose(std::int64_t targets) {
-        hwy::SetSupportedTargetsForTest(targets);
-        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-    }
+    explicit ForcedProcessor(kernels::Processor processor) { kernels::forceProcessor(processor); }
+    ~ForcedProcessor() { kernels::forceProcessor(std::nullopt); }
+    ForcedProcessor(const ForcedProcessor&) = delete;
+    ForcedProcessor& operator=(const ForcedProcessor&) = delete;
 };
 
 /// Calls @p check for every kind of processor; stops at the first failure.
 template <class Check>
 void forEachTarget(Check check) {
-    for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-        SCOPED_TRACE(hwy::TargetName(target));
-        const ChosenTarget chosen(target);
+    for (int kind = 0; kind < kernels::kProcessors; ++kind) {
+        const auto processor = static_cast<kernels::Processor>(kind);
+        if (!kernels::isAvailable(processor)) continue;
+        SCOPED_TRACE(testing::Message() << "processor " << kind);
+        const ForcedProcessor forced(processor);
         check();
         if (testing::Test::HasFatalFailure()) return;
     }

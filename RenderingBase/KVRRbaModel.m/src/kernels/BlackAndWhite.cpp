@@ -47,11 +47,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace rb::kernels {
 
-HWY_EXPORT(blackAndWhiteVectors);
+RB_VERSIONS(blackAndWhiteVectors);
 
 void blackAndWhite(Bytes rgba, BytesToWrite target) {
-    const std::size_t done =
-        HWY_DYNAMIC_DISPATCH(blackAndWhiteVectors)(rgba.data(), rgba.size(), target.data());
+    const std::size_t done = RB_BEST(blackAndWhiteVectors)(rgba.data(), rgba.size(), target.data());
     plain::blackAndWhite(rgba.subspan(done), target.subspan(done));
 }
 

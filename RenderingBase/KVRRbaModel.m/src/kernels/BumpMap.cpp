@@ -156,9 +156,9 @@ HWY_AFTER_NAMESPACE();
 namespace rb::kernels {
 namespace {
 
-HWY_EXPORT(brightnessVectors);
-HWY_EXPORT(normalVectors);
-HWY_EXPORT(leastColumns);
+RB_VERSIONS(brightnessVectors);
+RB_VERSIONS(normalVectors);
+RB_VERSIONS(leastColumns);
 
 using Picture = std::span<const std::uint8_t>;
 
@@ -196,7 +196,7 @@ private:
 
     const std::uint8_t* bytesOf(std::size_t row) const { return m_rgb.data() + 3 * m_width * row; }
     void compute(std::size_t row, Row& out) const {
-        HWY_DYNAMIC_DISPATCH(brightnessVectors)(bytesOf(row), m_width, out.get());
+        RB_BEST(brightnessVectors)(bytesOf(row), m_width, out.get());
     }
 
     void advance(std::size_t row) {
@@ -205,7 +205,7 @@ private:
         if (row + 1 == m_height) return;
         compute(row + 1, m_rows[kBelow]);
         // Five bytes before each pixel; that of column 1 begins in the row above.
-        HWY_DYNAMIC_DISPATCH(brightnessVectors)
+        RB_BEST(brightnessVectors)
         (bytesOf(row + 1) + 3 - 5, m_width - 1, m_belowLeft.get());
     }
 
@@ -219,13 +219,13 @@ private:
 
 void renderBumpMap(Picture rgb, std::size_t width, std::span<std::uint8_t> out) {
     constexpr std::size_t kBorders = 2;
-    if (width < kBorders || width - kBorders < HWY_DYNAMIC_DISPATCH(leastColumns)())
+    if (width < kBorders || width - kBorders < RB_BEST(leastColumns)())
         return plain::renderBumpMap(rgb, width, out);
     if (rgb.size() < 3 * width) return;
     BrightnessRows rows(rgb, width);
     for (std::size_t y = 0; y < rows.height(); ++y) {
         plain::renderBumpMapPixels(rgb, width, y, 0, 1, out);
-        HWY_DYNAMIC_DISPATCH(normalVectors)
+        RB_BEST(normalVectors)
         (rows.around(y), width - kBorders, out.data() + 3 * (width * y + 1));
         plain::renderBumpMapPixels(rgb, width, y, width - 1, width, out);
     }

@@ -70,11 +70,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace rb::kernels {
 
-HWY_EXPORT(greyVectors);
+RB_VERSIONS(greyVectors);
 
 void greyByLightness(Bytes source, std::size_t bytesPerPixel, BytesToWrite target) {
-    const std::size_t done = HWY_DYNAMIC_DISPATCH(greyVectors)(source.data(), source.size(),
-                                                               bytesPerPixel, target.data());
+    const std::size_t done =
+        RB_BEST(greyVectors)(source.data(), source.size(), bytesPerPixel, target.data());
     plain::greyByLightness(source.subspan(done), bytesPerPixel, target.subspan(done));
 }
 

@@ -43,11 +43,11 @@ HWY_AFTER_NAMESPACE();
 namespace rb::kernels {
 namespace {
 
-HWY_EXPORT(flipVectors);
+RB_VERSIONS(flipVectors);
 
 /// Bytes of whole words; the first of a pixel lies lowest in a word.
 std::size_t flip(Bytes source, std::uint32_t mask, BytesToWrite target) {
-    return HWY_DYNAMIC_DISPATCH(flipVectors)(source.data(), source.size(), mask, target.data());
+    return RB_BEST(flipVectors)(source.data(), source.size(), mask, target.data());
 }
 
 }  // namespace

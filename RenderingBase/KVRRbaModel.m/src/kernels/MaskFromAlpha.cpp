@@ -46,7 +46,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace rb::kernels {
 
-HWY_EXPORT(maskVectors);
+RB_VERSIONS(maskVectors);
 
 void maskFromAlpha(Bytes source, std::size_t bytesPerPixel, BytesToWrite target) {
     std::size_t done = 0;
@@ -54,8 +54,7 @@ void maskFromAlpha(Bytes source, std::size_t bytesPerPixel, BytesToWrite target)
         done = source.size() - source.size() % bytesPerPixel;
         std::fill_n(target.begin(), done, std::uint8_t{0});
     } else if (bytesPerPixel == 2 || bytesPerPixel == 4) {
-        done = HWY_DYNAMIC_DISPATCH(maskVectors)(source.data(), source.size(), bytesPerPixel,
-                                                 target.data());
+        done = RB_BEST(maskVectors)(source.data(), source.size(), bytesPerPixel, target.data());
     }
     plain::maskFromAlpha(source.subspan(done), bytesPerPixel, target.subspan(done));
 }

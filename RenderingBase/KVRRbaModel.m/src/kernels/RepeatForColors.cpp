@@ -53,11 +53,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace rb::kernels {
 
-HWY_EXPORT(repeatVectors);
+RB_VERSIONS(repeatVectors);
 
 void repeatForColors(std::span<const float> values, std::span<float> rgb) {
     const std::size_t count = std::min(values.size(), rgb.size() / 3);
-    const std::size_t done = HWY_DYNAMIC_DISPATCH(repeatVectors)(values.data(), count, rgb.data());
+    const std::size_t done = RB_BEST(repeatVectors)(values.data(), count, rgb.data());
     plain::repeatForColors(values.subspan(done), rgb.subspan(3 * done));
 }
 

@@ -43,13 +43,13 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace rb::kernels {
 
-HWY_EXPORT(toneMapVectors);
+RB_VERSIONS(toneMapVectors);
 
 void toneMap(std::span<const float> values, std::size_t channels, AlphaRange alphaRange,
              std::span<std::uint8_t> rgba) {
     const std::size_t pixels = std::min(values.size() / channels, rgba.size() / 4);
-    const std::size_t done = HWY_DYNAMIC_DISPATCH(toneMapVectors)(values.data(), channels,
-                                                                  alphaRange, pixels, rgba.data());
+    const std::size_t done =
+        RB_BEST(toneMapVectors)(values.data(), channels, alphaRange, pixels, rgba.data());
     plain::toneMap(values.subspan(done * channels), channels, alphaRange, rgba.subspan(4 * done));
 }
 

@@ -48,13 +48,12 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace rb::kernels {
 
-HWY_EXPORT(toneMapHalfVectors);
+RB_VERSIONS(toneMapHalfVectors);
 
 void toneMapHalves(std::span<const std::uint16_t> halves, std::size_t channels,
                    std::span<std::uint8_t> rgba) {
     const std::size_t all = std::min(halves.size() / channels, rgba.size() / 4);
-    std::size_t done =
-        HWY_DYNAMIC_DISPATCH(toneMapHalfVectors)(halves.data(), channels, all, rgba.data());
+    std::size_t done = RB_BEST(toneMapHalfVectors)(halves.data(), channels, all, rgba.data());
     // The others as floats, in pieces that stay in the cache.
     constexpr std::size_t kPixels = 1024;
     std::array<float, 4 * kPixels> floats;

@@ -4,6 +4,8 @@
 ///        name, and that the functions between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE are
 ///        compiled for each kind in turn; they are chosen among at run time.
 
+#include "RenderingBase/KVRRbaModel.m/src/kernels/Processor.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <hwy/highway.h>
@@ -13,6 +15,28 @@
 #undef RB_VECTOR_LOOP_INCLUDED
 #else
 #define RB_VECTOR_LOOP_INCLUDED
+#endif
+
+/// Declares the versions of a function for all kinds of processors, and RB_BEST calls the one for
+/// this machine. Both stand behind HWY_ONCE, in the namespace that holds HWY_NAMESPACE.
+#ifndef RB_VERSIONS
+#define RB_VERSIONS(function)                                                            \
+    constexpr decltype(&HWY_STATIC_DISPATCH(                                             \
+        function)) function##Versions[kProcessors] HWY_MAYBE_UNUSED = {                  \
+        HWY_CHOOSE_AVX3(function), HWY_CHOOSE_AVX2(function), HWY_CHOOSE_SSE4(function), \
+        HWY_CHOOSE_SSSE3(function), HWY_CHOOSE_FALLBACK(function)}
+#define RB_BEST(function) (*bestOf(function##Versions))
+namespace rb::kernels {
+
+/// The version for the chosen kind; the compiler may have left out better ones.
+template <class Function>
+Function* bestOf(Function* const (&versions)[kProcessors]) {
+    int kind = static_cast<int>(chosenProcessor());
+    while (!versions[kind]) ++kind;
+    return versions[kind];
+}
+
+}  // namespace rb::kernels
 #endif
 
 /// Whether the kind has no vectors, or only imitated ones: there the plain versions do everything.
