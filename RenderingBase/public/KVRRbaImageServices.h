@@ -174,7 +174,9 @@ public:
     /// @return  0. Errors: E_NOTIMPL for BGR_f16 and BGRA_f16. E_FAIL for null, for a size below 1
     ///          or of more pixels than KVRImagePixelLimit, and without memory: @p icon is left as
     ///          it was. E_FAIL too for a picture without pixels or so narrow that less than half a
-    ///          pixel would be left of it: @p icon is set all the same, empty, and the caller's.
+    ///          pixel would be left of it, and when a side of it or of the icon is longer than
+    ///          `KVRPixelImage::kLongestFilteredSide`: @p icon is set all the same, empty, and the
+    ///          caller's.
     static HRESULT ComputeIconImage(KVRPixelImage* source, int size, KVRPixelImage*& icon);
 
     /// Turns the six faces of a cube map into the picture of a mirroring ball inside it.

@@ -20,10 +20,10 @@
 /// knows it as the component "KVRRbaTextureLoader".
 ///
 /// An import reads the image file (everything that `KVRPixelImage` reads) or, when it is none, has
-/// the visualisation make a texture of it (dds and ktx2) and takes the image from there. Pixels are
-/// those of the file: byte orders stay. An image with a colour profile other than sRGB is converted
-/// to sRGB, unless the environment variable KVR_TEXTURE_NO_COLOR_PROFILE was defined when the
-/// loader was made.
+/// the visualisation make a texture of it (dds and ktx2) and takes the image from there. Pixels
+/// stay in the format that it delivers: byte orders are kept. An image with a colour profile other
+/// than sRGB is converted to sRGB, unless the environment variable KVR_TEXTURE_NO_COLOR_PROFILE was
+/// defined when the loader was made.
 ///
 /// The resolution is the one in the header of jpg, png, tif, bmp and tga files (by the extension),
 /// else that of the image, else `kDefaultResolution`.

@@ -21,7 +21,7 @@ std::string sizeText(int width, int height) {
     return std::to_string(width) + " x " + std::to_string(height) + " px";
 }
 
-/// Why there is no icon, from what the service says of it in its documentation.
+/// Why there is no icon; the documentation of the service lists the reasons.
 std::string reasonOf(HRESULT status, const KVRPixelImage& source, int size) {
     if (status == E_NOTIMPL)
         return std::string("expected pixels of which an icon can be made, found ") +
@@ -33,13 +33,13 @@ std::string reasonOf(HRESULT status, const KVRPixelImage& source, int size) {
     int width = 0, height = 0;
     source.GetSize(width, height);
     const std::int64_t shorter = std::min(width, height), longer = std::max(width, height);
-    if (2 * size * shorter <= longer)
+    if (2 * std::int64_t{size} * shorter <= longer)
         return "expected a picture of which at least half a pixel is left in an icon of " +
                sizeText(size, size) + ", found one of " + sizeText(width, height);
-    constexpr std::int64_t kLongestZoomed = 1 << 20;
-    if (longer > kLongestZoomed)
-        return "expected a picture with sides of at most " + std::to_string(kLongestZoomed) +
-               " px, found one of " + sizeText(width, height);
+    if (std::max<std::int64_t>(longer, size) > KVRPixelImage::kLongestFilteredSide)
+        return "expected a picture and an icon with sides of at most " +
+               std::to_string(KVRPixelImage::kLongestFilteredSide) + " px, found " +
+               sizeText(width, height) + " and " + sizeText(size, size);
     return "expected memory for the icon, found none";
 }
 
@@ -74,7 +74,7 @@ void addImageIcon(CLI::App& group, Context& context) {
         {"icon",
          "Fit a picture into a square, as large as it goes, over a middle grey of 125. "
          "Transparency is copied; float and half pixels are made displayable as in: rba image "
-         "convert. The extension of OUT chooses the file format.",
+         "convert. The extension of OUT chooses the file format; jpg and jpeg drop transparency.",
          "rba image icon --size 64 oak.jpg icon.png"});
     addOption(command, "--size", arguments.size, "N", "Pixels of a side of the icon")->required();
     addArgument(command, "IN", arguments.in, "Image file to read");

@@ -105,17 +105,29 @@ void writeImage(const KVRPixelImage& image, const std::string& typedPath, const 
         throw Failure(typedPath, imageErrorReason());
 }
 
+namespace {
+
+KVRPixelImageFormat writtenFormat(const KVRPixelImage& image, const std::string& typedPath) {
+    const auto& layout = rb::imaging::layoutOf(image.GetFormat());
+    if (!layout.hasAlpha() || std::string_view(writerOf(typedPath)) != "JPG_HIGH")
+        return image.GetFormat();
+    return layout.isGrey() ? KVRPixelImageFormat::L : KVRPixelImageFormat::RGB;
+}
+
+}  // namespace
+
 void printImage(Context& context, const std::string& path, const KVRPixelImage& image) {
     int width = 0, height = 0;
     image.GetSize(width, height);
+    const KVRPixelImageFormat format = writtenFormat(image, path);
     if (context.json)
         printJson(*context.out, {{"path", path},
                                  {"width", width},
                                  {"height", height},
-                                 {"format", static_cast<int>(image.GetFormat())}});
+                                 {"format", static_cast<int>(format)}});
     else if (!context.quiet)
         *context.out << onOneLine(path) << ": " << width << " x " << height << " px, "
-                     << formatName(image) << '\n';
+                     << rb::imaging::layoutOf(format).name << '\n';
 }
 
 }  // namespace rb::cli

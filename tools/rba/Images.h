@@ -23,7 +23,7 @@ std::string imageErrorReason();
 KVRVar<KVRPixelImage> loadImage(const std::string& typedPath, int dpi = kDefaultDpi,
                                 const KVRListValKVRUnicodeString& groups = {});
 
-/// Whether the pixels are integers, and so can be written as they are.
+/// Whether the pixels are of 8 bits, and so can be written as they are.
 bool isDisplayable(const KVRPixelImage& image);
 /// Throws Failure for the image of @p path when they are not.
 void checkDisplayable(const std::string& path, const KVRPixelImage& image);
@@ -46,7 +46,7 @@ const char* writerOf(const std::string& typedPath);
 /// Writes @p image with a writer from `writerOf`, whole or not at all. Throws Failure.
 void writeImage(const KVRPixelImage& image, const std::string& typedPath, const char* writer);
 
-/// Prints what was written: path, size and format.
+/// Prints what was written: path, size, and format in the file: JPEG has no transparency.
 void printImage(Context& context, const std::string& typedPath, const KVRPixelImage& image);
 
 }  // namespace rb::cli

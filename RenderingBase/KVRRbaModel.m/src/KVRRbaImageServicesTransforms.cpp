@@ -20,6 +20,11 @@ std::size_t bytesPerPixelOf(const KVRPixelImage& image) {
     return static_cast<std::size_t>(image.GetBytesPerPixel());
 }
 
+/// Whether its channels have 8 bits, bilevel ones among them.
+bool isOfBytes(const KVRPixelImage& image) {
+    return rb::imaging::layoutOf(image.GetFormat()).bytesPerChannel() == 1;
+}
+
 /// The pixels of an 8-bit format.
 kernels::Bytes bytesOf(const KVRPixelImage& image) {
     return {image.GetPixelsToRead(), image.GetRawPixels().size()};
@@ -33,7 +38,7 @@ kernels::BytesToWrite bytesOf(KVRPixelImage& image) {
 /// without 8-bit channels are copied.
 template <class Change>
 Image changed(const KVRPixelImage& source, Change change) {
-    if (!source.GetPixelsToRead()) return Image::Adopt(new KVRPixelImage(source));
+    if (!isOfBytes(source)) return Image::Adopt(new KVRPixelImage(source));
     Image image = Image::Adopt(KVRPixelImage::CreateUnfilledLike(source));
     change(bytesOf(source), bytesPerPixelOf(source), bytesOf(*image.Get()));
     return image;
@@ -43,7 +48,7 @@ Image changed(const KVRPixelImage& source, Change change) {
 template <class Change>
 Image changedAfterConversion(const KVRPixelImage& source, KVRPixelImageFormat format,
                              Change change) {
-    if (source.GetFormat() == format || !source.GetPixelsToRead()) return changed(source, change);
+    if (source.GetFormat() == format || !isOfBytes(source)) return changed(source, change);
     Image image = Image::Adopt(source.Duplicate(format));
     if (!image) throw std::bad_alloc();
     change(bytesOf(std::as_const(*image.Get())), bytesPerPixelOf(*image.Get()),
@@ -112,7 +117,7 @@ KVRPixelImage* KVRRbaImageServices::GenerateMaskFromAlpha(const KVRPixelImage* s
 
 KVRPixelImage* KVRRbaImageServices::GenerateBumpMap(KVRPixelImage* source) {
     if (!source) return nullptr;
-    if (source->GetPixelsToRead() && bytesPerPixelOf(*source) != 3 &&
+    if (isOfBytes(*source) && bytesPerPixelOf(*source) != 3 &&
         Failed(source->ChangeFormat(KVRPixelImageFormat::RGB)))
         return nullptr;
     const auto width = static_cast<std::size_t>(sizeOf(*source).width);

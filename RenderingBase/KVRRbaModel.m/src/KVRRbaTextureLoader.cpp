@@ -1,5 +1,6 @@
 #include "RenderingBase/public/KVRRbaTextureLoader.h"
 
+#include "RenderingBase/KVRRbaModel.m/src/TexturePixels.h"
 #include "RenderingBase/host/base/KVREnvironment.h"
 #include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRMMRasterAdministrator.h"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <new>
-#include <string>
 #include <string_view>
 #include <utility>
 
@@ -24,6 +24,12 @@ constexpr auto kCentimetresToTheInch = static_cast<double>(2.54F);
 
 constexpr std::string_view kExtensionsWithResolution[] = {"jpg",  "jpeg", "png", "tif",
                                                           "tiff", "bmp",  "tga"};
+
+bool isEmpty(const KVRUnicodeString& path) {
+    if (path.GetLengthInChar() > 0) return false;
+    KVRSetLastImageError(path, "the path of a file", "an empty one");
+    return true;
+}
 
 void makeSRGB(KVRPixelImage& image) {
     const auto profile = KVRVar<KVRMMColorProfile>::Adopt(image.GetColorProfile());
@@ -50,8 +56,9 @@ double resolutionInHeader(const KVRUnicodeString& path) {
                                                       : resolution;
 }
 
-double resolutionOf(const KVRUnicodeString& path, const KVRPixelImage& image) {
-    if (hasResolutionInHeader(path)) {
+/// @param isTexture  Whether there is no header of an image to be asked.
+double resolutionOf(const KVRUnicodeString& path, const KVRPixelImage& image, bool isTexture) {
+    if (!isTexture && hasResolutionInHeader(path)) {
         // No number is as good as any other here; kept for compatibility.
         const double resolution = resolutionInHeader(path);
         if (resolution != 0) return resolution;
@@ -66,9 +73,13 @@ TextureResult resultOfTexture(const KVRUnicodeString& path) {
     const IVisTexturePtr texture =
         VisTextureFactory::CreateTextureFromFile(path.CastToCharPtr(), true, true, 0);
     TextureResult result(texture);
-    if (texture && !result.IsValid())
+    if (!texture || result.IsValid()) return result;
+    const IVisTextureFormat::Type format = texture->GetFormat();
+    if (rb::textures::pixelsFor(format) == KVRPixelImageFormat::None)
         KVRSetLastImageError(path, "texels of 8 bits, 16 bits or float",
-                             ("texture format " + std::to_string(texture->GetFormat())).c_str());
+                             IVisTextureFormat::NameOf(format));
+    else
+        KVRSetLastImageError(path, "enough memory for the image", "too little");
     return result;
 }
 
@@ -92,7 +103,7 @@ KVRBaseUnknown* KVRRbaTextureLoader::CreateItself() {
 }
 
 long KVRRbaTextureLoader::ImportTexture(const KVRUnicodeString& path, TextureResult& out) {
-    if (path.GetLengthInChar() == 0) return E_INVALIDARG;
+    if (isEmpty(path)) return E_INVALIDARG;
     TextureResult result = ImportTextureInternal(path, m_applyColorProfile, false);
     out.m_metadata = result.m_metadata;
     out.m_texture = std::move(result.m_texture);
@@ -102,7 +113,7 @@ long KVRRbaTextureLoader::ImportTexture(const KVRUnicodeString& path, TextureRes
 
 long KVRRbaTextureLoader::ImportTexture(const KVRUnicodeString& path, const OnSuccess& onSuccess,
                                         const OnFailure& onFailure) {
-    if (path.GetLengthInChar() == 0 || !onSuccess) return E_INVALIDARG;
+    if (isEmpty(path) || !onSuccess) return E_INVALIDARG;
     const TextureResult result = ImportTextureInternal(path, m_applyColorProfile, false);
     if (result.IsValid()) {
         onSuccess(result);
@@ -126,15 +137,17 @@ TextureResult KVRRbaTextureLoader::ImportTextureInternal(const KVRUnicodeString&
                                                          bool applyColorProfile,
                                                          bool noTextureFallback) try {
     TextureResult result(Image::Adopt(KVRPixelImage::CreateFromFileEx(path, kWritable, 0)).Get());
-    if (!result.IsValid()) {
+    const bool isTexture = !result.IsValid();
+    if (isTexture) {
         if (noTextureFallback) return {};
         result = resultOfTexture(path);
         if (!result.IsValid()) return {};
     } else if (applyColorProfile) {
         makeSRGB(*result.m_image.Get());
     }
-    result.SetMetadata({resolutionOf(path, *result.m_image.Get())});
+    result.SetMetadata({resolutionOf(path, *result.m_image.Get(), isTexture)});
     return result;
 } catch (const std::bad_alloc&) {
+    KVRSetLastImageError(path, "enough memory", "none left");
     return {};
 }

@@ -1,5 +1,6 @@
 #include "RenderingBase/public/KVRRbaTextureResult.h"
 
+#include "RenderingBase/KVRRbaModel.m/src/TexturePixels.h"
 #include "RenderingBase/host/visu/VisTextureFactory.h"
 
 #include <new>
@@ -9,39 +10,7 @@ namespace {
 
 using Image = KVRVar<KVRPixelImage>;
 using Pixels = KVRPixelImageFormat;
-
-/// Another table than that of `KVRRbaImageServices::ConvertTextureFormat`, which knows fewer
-/// formats, and sRGB; kept for compatibility.
-Pixels pixelsFor(IVisTextureFormat::Type format) {
-    switch (format) {
-        case IVisTextureFormat::L:
-            return Pixels::L;
-        case IVisTextureFormat::LA:
-            return Pixels::LA;
-        case IVisTextureFormat::RGB:
-            return Pixels::RGB;
-        case IVisTextureFormat::RGBA:
-            return Pixels::RGBA;
-        case IVisTextureFormat::RGB16:
-            return Pixels::RGB_16;
-        case IVisTextureFormat::RGBA16:
-            return Pixels::RGBA_16;
-        case IVisTextureFormat::BGRA:
-            return Pixels::BGRA;
-        case IVisTextureFormat::ARGB:
-            return Pixels::ARGB;
-        case IVisTextureFormat::ABGR:
-            return Pixels::ABGR;
-        case IVisTextureFormat::L_f:
-            return Pixels::L_f;
-        case IVisTextureFormat::RGB_f:
-            return Pixels::RGB_f;
-        case IVisTextureFormat::RGBA_f:
-            return Pixels::RGBA_f;
-        default:
-            return Pixels::None;
-    }
-}
+using rb::textures::pixelsFor;
 
 /// An image around texels that were read back; it frees them, and so does the lack of memory.
 template <class Value>

@@ -1,24 +1,16 @@
 #include "RenderingBase/host/imaging/ImageLoader.h"
 
 #include "RenderingBase/host/imaging/ReaderGuards.h"
+#include "RenderingBase/host/imaging/formats/TextureReader.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace rb::imaging {
 namespace {
-
-std::string listOfNames() {
-    std::string names;
-    const auto formats = imageFormats();
-    for (std::size_t i = 0; i < formats.size(); ++i) {
-        if (i) names += i + 1 == formats.size() ? " or " : ", ";
-        names += formats[i].name;
-    }
-    return names;
-}
 
 /// What is there instead of a known format, in words.
 std::string describeHead(std::span<const std::byte> head) {
@@ -71,6 +63,19 @@ std::string imageExtension(std::string_view name) {
     return extension;
 }
 
+std::string expectedFile(bool textureToo) {
+    std::vector<std::string_view> names;
+    for (const ImageFormat& format : imageFormats()) names.push_back(format.name);
+    if (textureToo)
+        for (const TextureFormat& format : textureFormats()) names.push_back(format.name);
+    std::string text = "a ";
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (i) text += i + 1 == names.size() ? " or " : ", ";
+        text += names[i];
+    }
+    return text + " file";
+}
+
 ReadResult openImage(ByteSource& source, std::string_view extension, bool whole, OpenImage& image) {
     std::array<std::byte, kHeadBytes> buffer;
     const std::span<const std::byte> head(buffer.data(),
@@ -82,8 +87,7 @@ ReadResult openImage(ByteSource& source, std::string_view extension, bool whole,
             break;
         }
     image.source = &source;
-    if (!image.format)
-        return afterReading(source, refuse("a " + listOfNames() + " file", describeHead(head)));
+    if (!image.format) return afterReading(source, refuse(expectedFile(false), describeHead(head)));
     ReadResult refusal = guarded(image.format->name, [&] {
         image.reader = image.format->open(source);
         return image.reader->readHeader(image.header);

@@ -148,10 +148,12 @@ public:
     /// Errors: E_FAIL for another name, for 16-bit, half and float images, and when the file
     ///         cannot be written; `KVRLastImageError` tells why.
     HRESULT WriteToFile(const KVRUnicodeString& path, const char* formatName) const;
+    /// Pixels of the longest side, before or after, of an image that is zoomed with a filter.
+    static constexpr int kLongestFilteredSide = 1 << 20;
     /// The same picture in another size; its resolution is scaled with it, so that it stays as
     /// large on paper. Null when a side is below 1 or the image has no pixels.
     /// @param mode  See `KVRPixelZoom`; another value gives null, and so does filtering when a side
-    ///              is longer than 2^20.
+    ///              is longer than kLongestFilteredSide.
     KVRPixelImage* CreateZoomedImage(int width, int height, int mode) const;
     /// Copies @p image over this one, its top left corner at (@p x, @p y), without blending.
     /// It is converted to this image's format and clipped. Errors: E_INVALIDARG for null.

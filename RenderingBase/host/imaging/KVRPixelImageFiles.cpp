@@ -84,13 +84,14 @@ KVRVar<KVRMMColorProfile> profileOf(const ImageHeader& header) {
     return KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateFromMemory(header.profile));
 }
 
-/// Reads a whole image; null with a refusal.
-KVRPixelImage* load(ByteSource& source, const KVRUnicodeString& name, ReadResult& refusal) {
-    rb::imaging::OpenImage open;
-    rb::imaging::PixelStorage pixels;
-    const std::string extension = rb::imaging::imageExtension(name.CastToCharPtr());
-    refusal = rb::imaging::openImage(source, extension, true, open);
-    if (!refusal) refusal = rb::imaging::decodeImage(open, pixels);
+}  // namespace
+
+KVRPixelImage* rb::imaging::loadImage(ByteSource& source, const KVRUnicodeString& name,
+                                      ReadResult& refusal) {
+    OpenImage open;
+    PixelStorage pixels;
+    refusal = openImage(source, imageExtension(name.CastToCharPtr()), true, open);
+    if (!refusal) refusal = decodeImage(open, pixels);
     if (refusal) return nullptr;
     const ImageHeader& header = open.header;
     auto image = KVRVar<KVRPixelImage>::Adopt(
@@ -102,8 +103,6 @@ KVRPixelImage* load(ByteSource& source, const KVRUnicodeString& name, ReadResult
     return image.Detach();
 }
 
-}  // namespace
-
 bool KVRPixelImage::IsWithinPixelLimit(int width, int height) {
     return !rb::imaging::checkSides(width, height) &&
            !rb::imaging::checkSize(width, height, 1, 0, 0);
@@ -114,7 +113,7 @@ KVRPixelImage* KVRPixelImage::CreateFromFileEx(const KVRUnicodeString& path, int
     ReadResult refusal;
     KVRPixelImage* image = nullptr;
     if (const auto file = FileSource::open(NativePath(path), reason))
-        image = load(*file, path, refusal);
+        image = rb::imaging::loadImage(*file, path, refusal);
     else
         refusal = refuse("a readable file", reason);
     rb::imaging::noteImageResult(path, refusal);
@@ -133,7 +132,7 @@ KVRPixelImage* KVRPixelImage::CreateFromMemory(std::span<const std::byte> file,
                                                const KVRUnicodeString& name) try {
     rb::imaging::MemorySource source(file);
     ReadResult refusal;
-    KVRPixelImage* const image = load(source, name, refusal);
+    KVRPixelImage* const image = rb::imaging::loadImage(source, name, refusal);
     rb::imaging::noteImageResult(name, refusal);
     return image;
 } catch (const std::bad_alloc&) {

@@ -108,12 +108,13 @@ void zoomBilinear(const KVRPixelImage& from, int width, int height, KVRPixelImag
 /// Done in slices of columns: the resizer keeps all source rows under a target row, of the target's
 /// width, and counts the bytes of its working memory in 32 bits.
 bool zoomFiltered(const KVRPixelImage& from, int width, int height, KVRPixelImage& to) {
-    constexpr int kLongestSide = 1 << 20;  // the resizer's positions are single precision
     constexpr std::int64_t kSliceBytes = std::int64_t{256} << 20;
     const PixelLayout& layout = rb::imaging::layoutOf(from.GetFormat());
     int fromWidth = 0, fromHeight = 0;
     from.GetSize(fromWidth, fromHeight);
-    if (std::max({fromWidth, fromHeight, width, height}) > kLongestSide) return false;
+    // The resizer's positions are single precision.
+    if (std::max({fromWidth, fromHeight, width, height}) > KVRPixelImage::kLongestFilteredSide)
+        return false;
     const stbir_datatype type = layout.type == ChannelType::Float  ? STBIR_TYPE_FLOAT
                                 : layout.type == ChannelType::Word ? STBIR_TYPE_UINT16
                                                                    : STBIR_TYPE_UINT8;

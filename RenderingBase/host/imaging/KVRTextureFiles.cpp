@@ -1,6 +1,7 @@
 // Texture files into textures.
 
 #include "RenderingBase/host/files/KVRPath.h"
+#include "RenderingBase/host/imaging/ImageLoader.h"
 #include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
 #include "RenderingBase/host/imaging/LastImageError.h"
 #include "RenderingBase/host/imaging/TextureLoader.h"
@@ -76,20 +77,39 @@ KVRTexturePixelImage* load(ByteSource& source, std::span<const TextureFormat> fo
     return texture;
 }
 
-KVRTexturePixelImage* loadFile(const KVRUnicodeString& path,
-                               std::span<const TextureFormat> formats) try {
+/// What @p read, which gets the open file and a refusal to fill, makes of a file.
+template <class Read>
+auto fromFile(const KVRUnicodeString& path, Read read)
+    -> decltype(read(std::declval<ByteSource&>(), std::declval<ReadResult&>())) try {
     std::string reason;
     ReadResult refusal;
-    KVRTexturePixelImage* texture = nullptr;
+    decltype(read(std::declval<ByteSource&>(), refusal)) image = nullptr;
     if (const auto file = FileSource::open(NativePath(path), reason))
-        texture = load(*file, formats, path, refusal);
+        image = read(*file, refusal);
     else
         refusal = rb::imaging::refuse("a readable file", reason);
     rb::imaging::noteImageResult(path, refusal);
-    return texture;
+    return image;
 } catch (const std::bad_alloc&) {
     rb::imaging::noteLackOfMemory();
     return nullptr;
+}
+
+KVRTexturePixelImage* loadFile(const KVRUnicodeString& path,
+                               std::span<const TextureFormat> formats) {
+    return fromFile(path, [&](ByteSource& file, ReadResult& refusal) {
+        return load(file, formats, path, refusal);
+    });
+}
+
+KVRPixelImage* loadTextureOrImage(ByteSource& file, const KVRUnicodeString& path,
+                                  ReadResult& refusal) {
+    const auto textures = rb::imaging::textureFormats();
+    if (rb::imaging::recogniseTexture(file, textures)) return load(file, textures, path, refusal);
+    KVRPixelImage* const image = rb::imaging::loadImage(file, path, refusal);
+    if (refusal && refusal->expected == rb::imaging::expectedFile(false))
+        refusal->expected = rb::imaging::expectedFile(true);
+    return image;
 }
 
 }  // namespace
@@ -104,6 +124,12 @@ KVRTexturePixelImage* CreateTextureFromKTX2File(const KVRUnicodeString& path, in
 
 KVRTexturePixelImage* CreateTextureFromFile(const KVRUnicodeString& path, int) {
     return loadFile(path, rb::imaging::textureFormats());
+}
+
+KVRPixelImage* CreateTextureOrImageFromFile(const KVRUnicodeString& path) {
+    return fromFile(path, [&](ByteSource& file, ReadResult& refusal) {
+        return loadTextureOrImage(file, path, refusal);
+    });
 }
 
 std::string_view KVRTextureContainerOf(const KVRUnicodeString& path) try {

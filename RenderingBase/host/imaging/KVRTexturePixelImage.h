@@ -129,6 +129,10 @@ KVR_EXPORT KVRTexturePixelImage* CreateTextureFromKTX2File(const KVRUnicodeStrin
 /// The same for a file of either format, told apart by their first bytes.
 KVR_EXPORT KVRTexturePixelImage* CreateTextureFromFile(const KVRUnicodeString& path, int flag);
 
+/// Reads a texture file as CreateTextureFromFile does, and any other file as
+/// `KVRPixelImage::CreateFromFile` does. The result of a texture file is a `KVRTexturePixelImage`.
+KVR_EXPORT KVRPixelImage* CreateTextureOrImageFromFile(const KVRUnicodeString& path);
+
 /// "dds" or "ktx2", by the first bytes of the file at @p path; empty for every other file and for
 /// one that cannot be read. Leaves `KVRLastImageError` as it was.
 KVR_EXPORT std::string_view KVRTextureContainerOf(const KVRUnicodeString& path);

@@ -33,8 +33,8 @@ public:
     /// @return  A new block, the caller's, to be freed with `delete[]`; null for a face or level
     ///          that there is not, without memory, on another thread than the interactive one (with
     ///          an error in the host trace "IVisTexture"), and for formats of floats. A level that
-    ///          is not in the file is filtered from the one before when it is first read, up to a
-    ///          side of 2^20 texels.
+    ///          is not in the file is filtered from the one before when it is first read, if no
+    ///          side of that one is longer than `KVRPixelImage::kLongestFilteredSide`.
     virtual unsigned char* ReadPixels(unsigned face, unsigned level) const = 0;
     /// The same for formats of floats (`L_f`, `RGB_f`, `RGBA_f`); null for all others.
     virtual float* ReadFloatPixels(unsigned face, unsigned level) const = 0;

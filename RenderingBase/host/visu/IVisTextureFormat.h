@@ -27,4 +27,43 @@ public:
         RGB_f16 = 22,
         RGBA_f16 = 23,
     };
+
+    /// As in "RGB_f16"; "unknown" for a code that means nothing.
+    static constexpr const char* NameOf(Type format) {
+        switch (format) {
+            case L:
+                return "L";
+            case LA:
+                return "LA";
+            case RGB:
+                return "RGB";
+            case RGBA:
+                return "RGBA";
+            case RGB16:
+                return "RGB16";
+            case RGBA16:
+                return "RGBA16";
+            case SRGB_RGBA:
+                return "SRGB_RGBA";
+            case BGRA:
+                return "BGRA";
+            case ARGB:
+                return "ARGB";
+            case ABGR:
+                return "ABGR";
+            case L_f:
+                return "L_f";
+            case RGB_f:
+                return "RGB_f";
+            case RGBA_f:
+                return "RGBA_f";
+            case L_f16:
+                return "L_f16";
+            case RGB_f16:
+                return "RGB_f16";
+            case RGBA_f16:
+                return "RGBA_f16";
+        }
+        return "unknown";
+    }
 };

@@ -1,5 +1,6 @@
 #include "RenderingBase/host/visu/VisTextureFactory.h"
 
+#include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
 #include "RenderingBase/host/visu/ProcessorTexture.h"
 #include "RenderingBase/host/visu/TextureFormats.h"
@@ -24,8 +25,6 @@ using rb::visu::ProcessorTexture;
 using Surface = ProcessorTexture::Surface;
 
 constexpr const char* kTrace = "VisTextureFactory";
-constexpr int kDecodeOnProcessor = 1;
-constexpr int kWritable = 1;
 
 struct Size {
     explicit Size(const KVRPixelImage& image) { image.GetSize(width, height); }
@@ -90,14 +89,12 @@ IVisTexturePtr VisTextureFactory::CreateTextureFromFile(const char* path, bool m
                                                         int) try {
     if (!path || !rb::visu::isOnInteractiveThread(kTrace, __FILE__, __LINE__))
         return IVisTexturePtr::kNullPtr;
-    if (!KVRTextureContainerOf(path).empty()) {
-        const auto texture =
-            KVRVar<KVRTexturePixelImage>::Adopt(::CreateTextureFromFile(path, kDecodeOnProcessor));
-        return texture ? fromTextureImage(*texture.Get(), mipMaps) : IVisTexturePtr::kNullPtr;
-    }
-    const Surface image = Surface::Adopt(KVRPixelImage::CreateFromFile(path, kWritable, 0));
+    const Surface image = Surface::Adopt(CreateTextureOrImageFromFile(path));
+    if (auto* const texture = dynamic_cast<KVRTexturePixelImage*>(image.Get()))
+        return fromTextureImage(*texture, mipMaps);
     return image ? fromImage(*image.Get(), mipMaps) : IVisTexturePtr::kNullPtr;
 } catch (const std::bad_alloc&) {
+    KVRSetLastImageError(path, "enough memory", "none left");
     return IVisTexturePtr::kNullPtr;
 }
 

@@ -22,7 +22,8 @@ using Clock = std::chrono::steady_clock;
 using Image = KVRVar<KVRPixelImage>;
 
 constexpr const char* kPreferred = "images/studio.bmp";
-constexpr int kReadings = 3;  // of which the fastest counts
+constexpr unsigned kLongestSide = 480;  // texels of the largest level that is shown
+constexpr int kReadings = 3;            // of which the fastest counts
 
 /// What became of one sample file; its pixels would be much for some folders.
 struct Import {
@@ -144,11 +145,16 @@ void writeLevels(const TourInput& input, Html& page, const Import& import) {
     const TextureResult result = importTexture(import.path);
     const Image image = Image::Adopt(result.GetPixelImage());
     const IVisTexturePtr texture = result.CreateVisuTexture();
-    page << R"(<h3 class="sub">Levels to draw with</h3>
+    page
+        << R"(<h3 class="sub">Levels to draw with</h3>
 <figure><figcaption><b>)"_html
-         << import.name << R"(</b>, read back from its texture, texel by texel.</figcaption>
+        << import.name
+        << R"(</b>, read back from its texture, texel by texel; levels of more than 480 texels are left out.</figcaption>
 <div class="levels">)"_html;
-    for (unsigned level = 0; level < texture->GetDescription().levels; ++level) {
+    const IVisTexture::Description size = texture->GetDescription();
+    unsigned level = 0;
+    while (std::max(size.width, size.height) >> level > kLongestSide) ++level;
+    for (; level < size.levels; ++level) {
         const Image texels = levelOf(*texture.Get(), image->GetFormat(), level);
         if (!texels) break;
         const Picture picture = makeExactPicture(*texels.Get(), input.scratch);
