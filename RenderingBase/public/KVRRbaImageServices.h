@@ -132,8 +132,7 @@ public:
 
     /// Makes a picture black and white: a pixel whose R + G + B reaches 383 is white. Alpha stays.
     /// @return  A new RGBA image; a plain copy when channels have another type than 8 bits; null
-    /// for
-    ///          null and without memory.
+    ///          for null and without memory.
     static KVRPixelImage* ComputeMonochromaImage(const KVRPixelImage* source);
 
     /// Replaces colours by 255 minus them: the first byte of pixels of one or two bytes, the first
@@ -144,8 +143,7 @@ public:
 
     /// Replaces alpha by 255 minus it.
     /// @return  A new RGBA image (opaque pixels become transparent); a plain copy when channels
-    /// have
-    ///          another type than 8 bits; null for null and without memory.
+    ///          have another type than 8 bits; null for null and without memory.
     static KVRPixelImage* ComputeAlphaInvertImage(const KVRPixelImage* source);
 
     /// Makes the mask of what is transparent: colours become 255 minus the last byte of a pixel of

@@ -9,21 +9,20 @@ namespace fs = std::filesystem;
 using Image = KVRVar<KVRPixelImage>;
 using Pixel = PictureFile::Pixel;
 
-/// Writes 4 x 2 pixels of one colour.
-std::string writeColor(const TempFolder& folder, Pixel color) {
-    const auto image = Image::Adopt(new KVRPixelImage(4, 2, KVRPixelImageFormat::RGBA));
-    const auto bytes = image->GetRawPixels();
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = static_cast<std::byte>(color[i % color.size()]);
-    const std::string path = folder.file("in.png");
-    EXPECT_EQ(image->WriteToFile(path, "PNG"), S_OK);
-    return path;
+TEST(ImageDerive, jpeg_is_told_without_the_transparency_that_it_lacks) {
+    const TempFolder folder;
+    const std::string in = writeColor(folder, 4, 2, {1, 2, 3, 4}), out = folder.file("out.jpg");
+    const RbaResult text = runRba({"image", "alpha-invert", in, out});
+    EXPECT_EQ(text.out, out + ": 4 x 2 px, RGB\n");
+    EXPECT_EQ(runRba({"--json", "image", "alpha-invert", in, out}).json()["format"], 2);
+    const std::string png = folder.file("out.png");
+    EXPECT_EQ(runRba({"--json", "image", "alpha-invert", in, png}).json()["format"], 3);
 }
 
 Pixel derived(const char* command, Pixel color) {
     const TempFolder folder;
     const std::string out = folder.file("out.png");
-    const RbaResult result = runRba({"image", command, writeColor(folder, color), out});
+    const RbaResult result = runRba({"image", command, writeColor(folder, 4, 2, color), out});
     EXPECT_EQ(result.status, 0) << result.err;
     return PictureFile(out).at(1, 1);
 }
@@ -42,7 +41,7 @@ TEST(ImageDerive, json_has_the_keys_of_the_table) {
     const TempFolder folder;
     const std::string out = folder.file("out.png");
     const Json json =
-        runRba({"image", "mono", writeColor(folder, {1, 2, 3, 4}), out, "--json"}).json();
+        runRba({"image", "mono", writeColor(folder, 4, 2, {1, 2, 3, 4}), out, "--json"}).json();
     EXPECT_EQ(json, (Json{{"path", out}, {"width", 4}, {"height", 2}, {"format", 3}}));
 }
 

@@ -14,17 +14,6 @@ using Pixel = PictureFile::Pixel;
 
 constexpr Pixel kBackground{125, 125, 125, 255};
 
-/// Writes a picture of one colour.
-std::string writeColor(const TempFolder& folder, int width, int height, Pixel color) {
-    const auto image = Image::Adopt(new KVRPixelImage(width, height, KVRPixelImageFormat::RGBA));
-    const auto bytes = image->GetRawPixels();
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = static_cast<std::byte>(color[i % color.size()]);
-    const std::string path = folder.file("in.png");
-    EXPECT_EQ(image->WriteToFile(path, "PNG"), S_OK);
-    return path;
-}
-
 RbaResult makeIcon(const std::string& in, int size, const std::string& out) {
     return runRba({"image", "icon", "--size", std::to_string(size), in, out});
 }
@@ -152,8 +141,21 @@ TEST(ImageIcon, picture_that_is_too_long_to_be_zoomed_is_told) {
     const std::string out = folder.file("out.png");
     EXPECT_EQ(makeIcon(lengthy, 4100, out).err,
               "rba: " + lengthy +
-                  ": expected a picture with sides of at most 1048576 px, found one of 1048577 x "
-                  "128 px\n");
+                  ": expected a picture and an icon with sides of at most 1048576 px, found "
+                  "1048577 x 128 px and 4100 x 4100 px\n");
+    EXPECT_FALSE(fs::exists(out));
+}
+
+TEST(ImageIcon, of_the_largest_size_is_told) {
+    const TempFolder folder;
+    const std::string in = writePicture(folder, "in.png", 5, 4), out = folder.file("out.png");
+    RbaSettings settings;
+    settings.environment = {"KVRImagePixelLimit=9223372036854775807"};
+    const RbaResult result = runRba({"image", "icon", "--size", "2147483647", in, out}, settings);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("expected a picture and an icon with sides of at most 1048576 px"),
+              std::string::npos)
+        << result.err;
     EXPECT_FALSE(fs::exists(out));
 }
 

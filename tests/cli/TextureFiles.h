@@ -5,6 +5,7 @@
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
 #include "tests/image/TextureBuilder.h"
+#include "tests/support/TempFolder.h"
 
 #include <array>
 #include <cstddef>
@@ -60,5 +61,18 @@ private:
     KVRVar<KVRPixelImage> m_image;
     int m_width = 0, m_height = 0;
 };
+
+/// Writes a picture of one colour to "in.png".
+inline std::string writeColor(const TempFolder& folder, int width, int height,
+                              PictureFile::Pixel color) {
+    const auto image =
+        KVRVar<KVRPixelImage>::Adopt(new KVRPixelImage(width, height, KVRPixelImageFormat::RGBA));
+    const auto bytes = image->GetRawPixels();
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<std::byte>(color[i % color.size()]);
+    const std::string path = folder.file("in.png");
+    EXPECT_EQ(image->WriteToFile(path, "PNG"), S_OK);
+    return path;
+}
 
 }  // namespace rb::test

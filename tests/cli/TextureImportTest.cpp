@@ -68,10 +68,26 @@ TEST(TextureImport, tells_which_texels_cannot_become_an_image) {
     bc6h.height = 4;
     const RbaResult result = runRba({"texture", "import", folder.write("hdr.dds", bc6h.build())});
     EXPECT_EQ(result.status, 1);
-    EXPECT_NE(
-        result.err.find("expected texels of 8 bits, 16 bits or float, found texture format 22"),
-        std::string::npos)
+    EXPECT_NE(result.err.find("expected texels of 8 bits, 16 bits or float, found RGB_f16"),
+              std::string::npos)
         << result.err;
+}
+
+TEST(TextureImport, of_no_path_has_its_own_reason) {
+    const TempFolder folder;
+    const RbaResult result = runRba({"texture", "import", folder.file("none.png"), ""});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("rba: an empty path: expected the path of a file, found an empty"),
+              std::string::npos)
+        << result.err;
+}
+
+TEST(TextureImport, of_something_else_names_all_that_is_read) {
+    const TempFolder folder;
+    const RbaResult result = runRba({"texture", "import", folder.write("a.txt", "text")});
+    EXPECT_EQ(result.status, 1);
+    for (const char* name : {"png, ", "tga, ", "dds or ktx2 file, found "})
+        EXPECT_NE(result.err.find(name), std::string::npos) << result.err;
 }
 
 TEST(TextureImport, no_path_is_wrong_usage) { EXPECT_EQ(runRba({"texture", "import"}).status, 2); }

@@ -248,6 +248,15 @@ TEST_F(Tour, imports_are_listed_with_the_resolution_that_was_found) {
         EXPECT_EQ(countOf(html, "alt=\"Level " + std::to_string(level) + "\""), 1);
 }
 
+TEST_F(Tour, large_levels_of_imports_are_left_out) {
+    fs::remove_all(folder().file("samples"));
+    writePicture(folder(), "samples/large.png", 2000, 3);
+    EXPECT_EQ(run().status, 0);
+    const std::string html = page();
+    EXPECT_EQ(countOf(html, "alt=\"Level 2\""), 0);  // 500 x 1
+    EXPECT_EQ(countOf(html, "width=\"250\" height=\"1\" alt=\"Level 3\""), 1);
+}
+
 TEST_F(Tour, search_section_shows_each_place_winning_once) {
     run();
     const std::string html = page();

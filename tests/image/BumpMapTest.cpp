@@ -181,6 +181,9 @@ TEST(BumpMap, images_without_pixels_or_format_or_memory) {
         const Image map = bumpMap(empty);
         ASSERT_TRUE(map);
         EXPECT_EQ(rawPixels(map), "");
+        const Image full = numbered(1, 1, format);
+        EXPECT_EQ(map->GetFormat(), bumpMap(full)->GetFormat()) << static_cast<int>(format);
+        EXPECT_EQ(empty->GetFormat(), full->GetFormat()) << "changed in place likewise";
     }
     const Image formless = Image::Adopt(new KVRPixelImage(1, 1, Format::None));
     EXPECT_TRUE(bumpMap(formless));

@@ -183,12 +183,12 @@ TEST(ImageConversionsDeathTest, other_formats_than_halves_are_fatal) {
 }
 
 TEST(ImageConversions, one_float_channel_becomes_three) {
-    const Image source = imageOf<float>(2, 2, Format::L_f, {0.5F, -3, 1e30F, 0});
+    const Image source = imageOf<float>(2, 2, Format::L_f, {0.5F, -3, 1e30F, 7});
     KVRPixelImage* rgb = nullptr;
     Services::ConvertRTextureToRGB(source.Get(), rgb);
     const Image image = Image::Adopt(rgb);
     EXPECT_EQ(floatsOf(image, 2, 2, Format::RGB_f),
-              (Floats{0.5F, 0.5F, 0.5F, -3, -3, -3, 1e30F, 1e30F, 1e30F, 0, 0, 0}));
+              (Floats{0.5F, 0.5F, 0.5F, -3, -3, -3, 1e30F, 1e30F, 1e30F, 7, 7, 7}));
     EXPECT_EQ(referencesOf(image), 1U);
     EXPECT_EQ(referencesOf(source), 1U);
 }

@@ -75,6 +75,10 @@ TEST(ImageTransforms, images_without_pixels_or_format) {
             const Image result = Image::Adopt(transform(empty.Get()));
             ASSERT_TRUE(result);
             EXPECT_EQ(rawPixels(result), "");
+            // The format is the one that an image with pixels gets.
+            const Image full = Image::Adopt(transform(numbered(1, 1, format).Get()));
+            ASSERT_TRUE(full);
+            EXPECT_EQ(result->GetFormat(), full->GetFormat()) << static_cast<int>(format);
         }
         const Image formless = Image::Adopt(new KVRPixelImage(2, 2, Format::None));
         const Image copy = Image::Adopt(transform(formless.Get()));

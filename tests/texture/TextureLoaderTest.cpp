@@ -1,9 +1,11 @@
 #include "RenderingBase/host/modeler/KVRModeler.h"
 #include "RenderingBase/public/KVRRbaTextureLoader.h"
 #include "tests/image/DerivedImages.h"
+#include "tests/support/AddressSpace.h"
 #include "tests/support/TempFolder.h"
 #include "tests/texture/TextureFiles.h"
 
+#include <glib.h>
 #include <gtest/gtest.h>
 #include <stdexcept>
 
@@ -58,6 +60,10 @@ TEST(TextureLoader, is_known_to_the_modeler) {
 
 TEST(TextureLoader, outlives_requests_for_its_destruction) {
     loader().RequestDelayedDestruction();
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+    loader().AddRef();
+    EXPECT_EQ(loader().Release(), 1U);
     EXPECT_TRUE(imported(sampleFile("studio.bmp")));
 }
 
@@ -91,6 +97,7 @@ TEST(TextureLoader, imports_texture_files_through_the_visualisation) {
     ASSERT_TRUE(texture);
     EXPECT_TRUE(texture == result.CreateVisuTexture());
     EXPECT_EQ(texelsOf(texture, 8), texels);
+    EXPECT_EQ(texture->GetDescription().levels, 2U) << "made, since the file has one only";
 }
 
 TEST(TextureLoader, gives_the_full_size_of_the_first_face) {
@@ -148,8 +155,38 @@ TEST(TextureLoader, fails_for_texels_that_no_image_has_and_says_so) {
     EXPECT_EQ(loader().ImportTexture(path, result), E_FAIL);
     EXPECT_FALSE(result.IsValid());
     EXPECT_TRUE(result.CreateVisuTexture() == IVisTexturePtr::kNullPtr);
-    EXPECT_EQ(lastRefusal(),
-              ": expected texels of 8 bits, 16 bits or float, found texture format 22");
+    EXPECT_EQ(lastRefusal(), ": expected texels of 8 bits, 16 bits or float, found RGB_f16");
+}
+
+TEST(TextureLoader, tells_lack_of_memory_from_an_unsuitable_format) {
+    if (!kCanLimitMemory) GTEST_SKIP() << "memory cannot be made scarce under this sanitizer";
+    // Room for the file's texels and no copy of them.
+    constexpr std::uint32_t kSide = 5000;
+    const TempFolder folder;
+    const std::string path = folder.write("large.dds", rgbaDds(kSide, kSide, {}).build());
+    std::filesystem::resize_file(path, 128 + std::uintmax_t{4} * kSide * kSide);
+    const AddressSpaceLimit limit(std::size_t{150} << 20);
+    TextureResult result;
+    EXPECT_EQ(loader().ImportTexture(path, result), E_FAIL);
+    EXPECT_NE(lastRefusal().find("expected enough memory"), std::string::npos) << lastRefusal();
+}
+
+TEST(TextureLoader, names_all_kinds_of_files_for_one_of_no_kind) {
+    const TempFolder folder;
+    TextureResult result;
+    EXPECT_EQ(loader().ImportTexture(folder.write("a.txt", "text"), result), E_FAIL);
+    const std::string refusal = lastRefusal();
+    EXPECT_NE(refusal.find(" tga, dds or ktx2 file"), std::string::npos) << refusal;
+    EXPECT_EQ(loader().ImportTexture("", result), E_INVALIDARG);
+    EXPECT_EQ(lastRefusal(), ": expected the path of a file, found an empty one");
+}
+
+TEST(TextureLoader, logs_nothing_when_it_fails) {
+    EXPECT_EQ(written([] {
+                  TextureResult result;
+                  loader().ImportTexture("nowhere.png", result);
+              }),
+              "");
 }
 
 TEST(TextureLoader, keeps_the_image_of_the_result_when_the_import_gives_none) {
@@ -186,6 +223,18 @@ TEST(TextureLoader, tells_success_before_it_returns) {
     ASSERT_TRUE(told.result.IsValid());
     EXPECT_EQ(referencesOf(Image::Adopt(told.result.GetPixelImage())), 2U);
     EXPECT_GT(told.result.GetMetadata().xResolution, 0);
+}
+
+TEST(TextureLoader, tells_texture_files_and_converted_images_as_well) {
+    Told told;
+    EXPECT_EQ(loader().ImportTexture(sampleFile("cube.dds"), told.onSuccess(), nullptr), S_OK);
+    EXPECT_EQ(told.result.CreateVisuTexture()->GetDescription().faces, 6U);
+    EXPECT_EQ(loader().ImportTexture(sampleFile("swapped.png"), told.onSuccess(), nullptr), S_OK);
+    EXPECT_EQ(rawPixels(Image::Adopt(told.result.GetPixelImage())),
+              rawPixels(imported(sampleFile("swapped.png"))));
+    EXPECT_NE(rawPixels(Image::Adopt(told.result.GetPixelImage())),
+              rawPixels(loadFile(sampleFile("swapped.png"))));
+    EXPECT_EQ(told.successes, 2);
 }
 
 TEST(TextureLoader, tells_failure_when_there_is_a_call_back_for_it) {

@@ -47,6 +47,20 @@ TEST(TextureProfile, of_exchanged_channels_exchanges_them) {
     EXPECT_NEAR(actual[2], 90, 1);
 }
 
+TEST(TextureProfile, that_says_it_is_sRGB_changes_nothing) {
+    // Red and green would be exchanged if it were applied.
+    const auto data = profileOfSample("swapped.png")->GetData();
+    std::vector<std::byte> icc(data.begin(), data.end());
+    constexpr std::size_t kDeviceModel = 52;  // ICC.1:2010, 7.2
+    std::memcpy(&icc[kDeviceModel], "sRGB", 4);
+    const auto profile = KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateFromMemory(icc));
+    ASSERT_TRUE(profile);
+    ASSERT_EQ(profile->getProfileModel(), KVRUnicodeString("sRGB"));
+    const TempFolder folder;
+    const std::string path = writeTagged(folder.file("a.png"), {200, 40, 90}, profile);
+    EXPECT_EQ(colorOf(imported(path)), (std::vector<int>{200, 40, 90}));
+}
+
 TEST(TextureProfile, sRGB_changes_nothing) {
     const TempFolder folder;
     const auto sRgb = KVRVar<KVRMMColorProfile>::Adopt(KVRMMColorProfile::CreateSRGB());

@@ -82,8 +82,13 @@ TEST(VisTextureFactory, turns_pixels_without_a_code_into_the_nearest_that_have_o
     const Image grey = imageOf<std::uint16_t>(1, 1, Format::L_16, {0x1234});
     EXPECT_EQ(textureOf(grey)->GetFormat(), Code::RGB16);
     EXPECT_EQ(texelsOf(textureOf(grey), 6), bytes({0x34, 0x12, 0x34, 0x12, 0x34, 0x12}));
-    EXPECT_EQ(textureOf(numbered(1, 1, Format::BGR_f16))->GetFormat(), Code::RGB_f16);
-    EXPECT_EQ(textureOf(numbered(1, 1, Format::BGRA_f16))->GetFormat(), Code::RGBA_f16);
+    const Image halves = imageOf<std::uint16_t>(1, 1, Format::BGR_f16, {0x3C00, 0x4000, 0x4200});
+    EXPECT_EQ(textureOf(halves)->GetFormat(), Code::RGB_f16);
+    EXPECT_EQ(texelsOf(textureOf(halves), 6), bytes({0, 0x42, 0, 0x40, 0, 0x3C}));
+    const Image clear =
+        imageOf<std::uint16_t>(1, 1, Format::BGRA_f16, {0x3C00, 0x4000, 0x4200, 0x4400});
+    EXPECT_EQ(textureOf(clear)->GetFormat(), Code::RGBA_f16);
+    EXPECT_EQ(texelsOf(textureOf(clear), 8), bytes({0, 0x42, 0, 0x40, 0, 0x3C, 0, 0x44}));
 }
 
 TEST(VisTextureFactory, refuses_what_is_no_picture) {
@@ -121,6 +126,23 @@ TEST(VisTextureFactory, makes_levels_down_to_one_texel) {
     EXPECT_FALSE(texelsOf(texture, 1, 0, 4).empty());
     EXPECT_EQ(texture->ReadPixels(0, 5), nullptr);
     EXPECT_EQ(texture->ReadPixels(1, 0), nullptr);
+}
+
+TEST(VisTextureFactory, makes_levels_of_half_the_sides_rounded_down) {
+    const IVisTexturePtr texture =
+        textureOf(imageOf<std::uint8_t>(3, 1, Format::L, {30, 60, 90}), true);
+    expectDescription(texture, 3, 1, 2, 1);
+    EXPECT_EQ(texelsOf(texture, 1, 0, 1), "\x3C");  // one texel, the mean
+}
+
+TEST(VisTextureFactory, keeps_the_levels_of_a_file_that_ends_early) {
+    const TempFolder folder;
+    DdsBuilder dds = rgbaDds(8, 8, std::string(256, '\x01') + std::string(64, '\x02'));
+    dds.levels = 2;
+    const IVisTexturePtr texture = textureFrom(folder.write("a.dds", dds.build()));
+    expectDescription(texture, 8, 8, 2, 1);
+    EXPECT_EQ(texelsOf(texture, 64, 0, 1), std::string(64, '\x02'));
+    EXPECT_EQ(texture->ReadPixels(0, 2), nullptr);
 }
 
 TEST(VisTextureFactory, makes_levels_of_every_format) {

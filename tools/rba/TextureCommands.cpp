@@ -63,8 +63,7 @@ void addTextureCommands(CLI::App& program, Context& context) {
          "horizontal resolution of each. Images and texture files (dds, ktx2) are read; of a "
          "texture file the full size of the first face is shown. Pixels stay in the format of the "
          "file; a colour profile other than sRGB is applied, unless KVR_TEXTURE_NO_COLOR_PROFILE "
-         "is "
-         "defined. A file that states no resolution gets 91.3669 dots to the inch.",
+         "is defined. A file that states no resolution gets 91.3669 dots to the inch.",
          "rba texture import oak.jpg\nrba --json texture import textures/*.dds"});
     addArgument(command, "PATH", arguments.paths, "Texture files");
 }

@@ -22,7 +22,8 @@ std::size_t bytesPerPixelOf(const KVRPixelImage& image) {
 
 /// Whether its channels have 8 bits, bilevel ones among them.
 bool isOfBytes(const KVRPixelImage& image) {
-    return rb::imaging::layoutOf(image.GetFormat()).bytesPerChannel() == 1;
+    const auto& layout = rb::imaging::layoutOf(image.GetFormat());
+    return layout.channels > 0 && layout.bytesPerChannel() == 1;
 }
 
 /// The pixels of an 8-bit format.

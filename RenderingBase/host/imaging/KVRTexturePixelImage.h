@@ -29,8 +29,8 @@ public:
     KVRTexturePixelImage(int width, int height, KVRPixelImageFormat format,
                          rb::imaging::PixelStorage pixels);
 
-    /// Reads any image file that `KVRPixelImage::CreateFromFileEx` reads, with its resolution,
-    /// profile and metadata. Its path is @p path.
+    /// Reads any image file that `KVRPixelImage::CreateFromFileEx` reads, with its resolution and
+    /// profile. Its path is @p path.
     /// @param writable  1 when the pixels will be changed. Kept for compatibility: they may be
     ///                  changed whatever it is, and the file is never written back.
     /// @return  A new texture, one reference for the caller; null when the file cannot be read, and

@@ -16,8 +16,8 @@
 ///
 /// Levels and faces are those of image textures: level 0 is the full size, each further one half
 /// of it, rounded down, 1 at least; a cube has the faces +X -X +Y -Y +Z -Z, all else face 0.
-/// Threads: handles may be copied and dropped anywhere; everything else belongs to the interactive
-/// thread. Lifetime: counted.
+/// Threads: handles may be copied and dropped, size and format asked anywhere; texels are read on
+/// the interactive thread. Lifetime: counted.
 class KVR_EXPORT IVisTexture : public KVRClass<"IVisTexture"> {
 public:
     struct Description {

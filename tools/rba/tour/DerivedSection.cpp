@@ -71,8 +71,9 @@ constexpr Derivation kOfFloats[] = {
 };
 constexpr Derivation kOfHalves[] = {
     {"Displayable", "ConvertHalfFloatTextureToRGBA", "convert",
-     "The same: each colour times 0.85 s² − 0.1083 s³ − 2.2417 s + 3, where s is the sum of all "
-     "three.",
+     "Cut at 0 and 1; then each colour times 0.85 s² − 0.1083 s³ − 2.2417 s + 3, where s is the "
+     "sum "
+     "of the three.",
      Services::ConvertHalfFloatTextureToRGBA},
 };
 
