@@ -6,7 +6,7 @@
 
 namespace rb::photometry {
 
-/// Fills @p photometry, whose path is set already, and @p unused. Throws ReadFailure and
+/// Fills @p photometry, in which nothing but the path is set, and @p unused. Throws ReadFailure and
 /// std::bad_alloc; what was read until then is in both.
 /// @return  E_FAIL, with a line in the trace log, when there are less angles than declared.
 HRESULT parse(std::string_view text, KVRRbaIESLoader::IESPhotometry& photometry,

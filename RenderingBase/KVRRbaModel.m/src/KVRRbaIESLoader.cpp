@@ -10,6 +10,7 @@
 #include <cmath>
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace KVRRbaIESLoader {
 namespace {
@@ -46,6 +47,13 @@ HRESULT load(Parse parse, std::int32_t thetaCount, std::int32_t phiCount, std::i
     return E_FAIL;
 }
 
+HRESULT parse(std::string_view text, IESPhotometry& photometry, IESUnusedData* unused) {
+    IESUnusedData data;
+    const HRESULT status = rb::photometry::parse(text, photometry, data);
+    if (unused) *unused = std::move(data);
+    return status;
+}
+
 kernels::CandelaGrid gridOf(const IESPhotometry& photometry) {
     return {photometry.photometricType, photometry.verticalAngles, photometry.horizontalAngles,
             photometry.candelaValues, photometry.intensityScale};
@@ -80,18 +88,19 @@ void resample(const IESPhotometry& photometry, std::int32_t thetaCount, std::int
 }
 
 HRESULT parseIESFile(const char* path, IESPhotometry& photometry, IESUnusedData* unused) {
+    photometry = {};
     photometry.filePath = path ? path : "";
     std::string text, reason;
     const HRESULT status = KVRReadFile(photometry.filePath, kMostBytes, text, reason);
     if (status == E_OUTOFMEMORY) throw std::bad_alloc();
     if (Failed(status))
         throw ReadFailure(photometry.filePath + ": expected a readable file, found " + reason);
-    return parseIESText(text, photometry, unused);
+    return parse(text, photometry, unused);
 }
 
 HRESULT parseIESText(std::string_view text, IESPhotometry& photometry, IESUnusedData* unused) {
-    IESUnusedData ignored;
-    return rb::photometry::parse(text, photometry, unused ? *unused : ignored);
+    photometry = {};
+    return parse(text, photometry, unused);
 }
 
 float candelaAt(const IESPhotometry& photometry, float theta, float phi) {
