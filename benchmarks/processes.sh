@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Whole processes on the files of decode_benchmark and formats_benchmark (run benchmarks/run.sh first, it
-# makes them): decoding and conversion to bmp with rba beside two other programs, and the start-up of
-# rba. Milliseconds: the median of the clock and, in brackets, the processor's mean time, which other
+# makes them): decoding, conversion to bmp and derived images with rba beside two other programs, and the
+# start-up of rba. Milliseconds: the median of the clock and, in brackets, the processor's mean time, which other
 # work on the machine disturbs less.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
@@ -13,7 +13,9 @@ work=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 measured() {  # of a command that must succeed
-    hyperfine --shell none --warmup 2 --runs 15 --style none --export-csv "$work/result.csv" "$1" >/dev/null
+    # The name stands in for the command, whose commas would look like columns.
+    hyperfine --shell none --warmup 2 --runs 15 --style none --export-csv "$work/result.csv" \
+        --command-name it "$1" >/dev/null
     awk -F, 'NR == 2 { printf "%.1f (%.1f)", 1000 * $4, 1000 * ($5 + $6) }' "$work/result.csv"
 }
 
@@ -45,5 +47,23 @@ for name in 24.bmp raw.tga rle.tga raw.psd rle.psd raw.sgi rle.sgi bgra.dds; do
     # Without a type it would make a palette; [0] leaves out layers.
     magick=$(measured "convert ${file}[0] -type $type BMP:$work/out.bmp")
     printf '%-24s %18s %18s %18s\n' "$name" "$ours" "$oiio" "$magick"
+done
+# The nearest that the others have: the mean of the extremes or the mean for grey, half of the brightness for
+# mono, one slope of the two for bump.
+printf '\n%-24s %18s %18s %18s\n' "derive, written as bmp" rba oiiotool convert
+for command in grey mono negative bump; do
+    case $command in
+    grey) oiio=(--chsum:weight=.333,.334,.333 --ch 0,0,0) magick=(-grayscale Lightness -type TrueColor) ;;
+    mono) oiio=() magick=(-grayscale Average -threshold 50% -type TrueColor) ;;
+    negative) oiio=(--invert) magick=(-negate -type TrueColor) ;;
+    bump) oiio=() magick=(-grayscale Average -morphology Convolve Sobel -type TrueColor) ;;
+    esac
+    for file in "$folder/photo-like.png" "$folder/drawing.24.bmp"; do
+        ours=$(measured "$rba image $command $file $work/out.bmp")
+        theirs=-
+        [ ${#oiio[@]} -eq 0 ] || theirs=$(measured "oiiotool $file ${oiio[*]} -o $work/out.bmp")
+        printf '%-24s %18s %18s %18s\n' "$command ${file##*.}" "$ours" "$theirs" \
+            "$(measured "convert $file ${magick[*]} BMP:$work/out.bmp")"
+    done
 done
 printf '\n%-24s %18s\n' "start-up, rba env" "$(measured "$rba env")"

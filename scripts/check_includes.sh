@@ -20,6 +20,7 @@ lcms2[.]h                   RenderingBase/host/imaging/ColorEngine[.]cpp
 stb/stb_image_resize[.]h    RenderingBase/host/imaging/KVRPixelImageZoom[.]cpp
 glib[.]h                    RenderingBase/host/(base|app)/[A-Za-z]*[.]cpp
 immintrin[.]h|cpuid[.]h     RenderingBase/host/imaging/(HalfArrays|Block)[A-Za-z0-9]*[.](h|cpp)
+hwy/[a-z_]*[.]h             RenderingBase/KVRRbaModel.m/src/kernels/[A-Za-z]*(-inl[.]h|[.]cpp)
 CLI/CLI[.]hpp               tools/rba/Precompiled[.]h
 nlohmann/json[.]hpp         tools/rba/Precompiled[.]h
 .*                          (tests|benchmarks)/.*

@@ -16,6 +16,7 @@ packages_for_run=(
     libimath-dev               # half floats
     libstb-dev                 # resizing
     liblcms2-dev               # colour profiles
+    libhwy-dev                 # vectors for every kind of processor
     libglib2.0-dev             # strings and settings files
     libcli11-dev               # command line of the tool
     nlohmann-json3-dev         # JSON of the tool

@@ -13,17 +13,17 @@ namespace {
 using Pixels = std::vector<std::uint8_t>;
 
 Pixels grey(Pixels pixels, std::size_t bytesPerPixel) {
-    kernels::greyByLightness(pixels, bytesPerPixel);
+    kernels::greyByLightness(pixels, bytesPerPixel, pixels);
     return pixels;
 }
 
 Pixels negative(Pixels pixels, std::size_t bytesPerPixel) {
-    kernels::invertColors(pixels, bytesPerPixel);
+    kernels::invertColors(pixels, bytesPerPixel, pixels);
     return pixels;
 }
 
 Pixels mask(Pixels pixels, std::size_t bytesPerPixel) {
-    kernels::maskFromAlpha(pixels, bytesPerPixel);
+    kernels::maskFromAlpha(pixels, bytesPerPixel, pixels);
     return pixels;
 }
 
@@ -69,20 +69,20 @@ TEST(ChannelTransforms, black_ends_below_a_sum_of_383) {
             for (int blue = 0; blue < 256; ++blue) {
                 Pixels pixel{static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
                              static_cast<std::uint8_t>(blue), 7};
-                kernels::blackAndWhite(pixel);
+                kernels::blackAndWhite(pixel, pixel);
                 const std::uint8_t tone = red + green + blue < 383 ? 0 : 255;
                 ASSERT_EQ(pixel, (Pixels{tone, tone, tone, 7}));
             }
         }
     }
     Pixels two{127, 128, 128, 0, 127, 128, 127, 255};
-    kernels::blackAndWhite(two);
+    kernels::blackAndWhite(two, two);
     EXPECT_EQ(two, (Pixels{255, 255, 255, 0, 0, 0, 0, 255}));
 }
 
 TEST(ChannelTransforms, alpha_alone_is_inverted) {
     Pixels pixels{1, 2, 3, 0, 4, 5, 6, 255, 7, 8, 9, 100};
-    kernels::invertAlpha(pixels);
+    kernels::invertAlpha(pixels, pixels);
     EXPECT_EQ(pixels, (Pixels{1, 2, 3, 255, 4, 5, 6, 0, 7, 8, 9, 155}));
 }
 

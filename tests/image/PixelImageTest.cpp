@@ -7,6 +7,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -192,6 +193,44 @@ TEST(KVRPixelImage, a_copy_is_deep_and_carries_everything) {
     EXPECT_TRUE(KVRVar<KVRMMColorProfile>::Adopt(copy->GetColorProfile()));
     EXPECT_EQ(copy->AddRef(), 2u);
     copy->Release();
+}
+
+TEST(KVRPixelImage, an_unfilled_image_like_another_has_everything_but_its_pixels) {
+    for (const Format format : kFormats) {
+        const Image image = made(3, 2, format);
+        image->SetResolution(100, 50, 3);
+        image->SetMetadata("Author", "me");
+        image->AssignColorProfile(nullptr, 0);
+        const Image like = Image::Adopt(KVRPixelImage::CreateUnfilledLike(*image.Get()));
+        ASSERT_EQ(like->GetRawPixels().size(), image->GetRawPixels().size());
+        EXPECT_NE(like->GetRawPixels().data(), image->GetRawPixels().data());
+        int width = 0, height = 0;
+        like->GetSize(width, height);
+        EXPECT_EQ(width, 3);
+        EXPECT_EQ(height, 2);
+        EXPECT_EQ(like->GetFormat(), format);
+        EXPECT_EQ(like->GetXResolution(), 100);
+        EXPECT_EQ(like->GetYResolution(), 50);
+        EXPECT_EQ(like->GetResolutionUnit(), 3);
+        KVRUnicodeString author;
+        EXPECT_EQ(like->GetMetadata("Author", author), S_OK);
+        EXPECT_EQ(author, KVRUnicodeString("me"));
+        const auto profile = KVRVar<KVRMMColorProfile>::Adopt(image->GetColorProfile());
+        EXPECT_EQ(KVRVar<KVRMMColorProfile>::Adopt(like->GetColorProfile()).Get(), profile.Get());
+        EXPECT_EQ(like->AddRef(), 2u);
+        like->Release();
+    }
+}
+
+TEST(KVRPixelImage, unfilled_images_like_those_without_pixels_or_of_too_many) {
+    const Image empty =
+        Image::Adopt(KVRPixelImage::CreateUnfilledLike(*made(0, 0, Format::RGBA).Get()));
+    EXPECT_TRUE(empty->GetRawPixels().empty());
+    EXPECT_EQ(empty->GetFormat(), Format::RGBA);
+    unsigned char none = 0;
+    const Image huge = Image::Adopt(
+        new KVRPixelImage(1 << 30, 1 << 30, Format::RGBA, &none, KVRPixelDealloc::Viewed));
+    EXPECT_THROW(KVRPixelImage::CreateUnfilledLike(*huge.Get()), std::bad_alloc);
 }
 
 TEST(KVRPixelImage, unknown_metadata_fails_and_leaves_the_output) {

@@ -3,14 +3,11 @@
 #include "RenderingBase/KVRRbaModel.m/src/KVRRbaTraceLog.h"
 #include "RenderingBase/KVRRbaModel.m/src/kernels/ToneMapping.h"
 #include "RenderingBase/host/base/KVRFatalError.h"
-#include "RenderingBase/host/imaging/HalfArrays.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
 #include "RenderingBase/public/openexr_half.h"
 
-#include <algorithm>
-#include <array>
 #include <new>
 #include <span>
 
@@ -53,21 +50,6 @@ std::size_t floatCountOf(const KVRPixelImage& image, std::size_t channels) {
     return channels * static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
 }
 
-/// In pieces that stay in the cache as floats.
-void toneMapHalves(std::span<const std::uint16_t> halves, std::size_t channels,
-                   std::span<std::uint8_t> rgba) {
-    constexpr std::size_t kPixels = 1024;
-    std::array<float, 4 * kPixels> floats;
-    while (halves.size() >= channels && !rgba.empty()) {
-        const std::size_t pixels = std::min({kPixels, halves.size() / channels, rgba.size() / 4});
-        const auto values = std::span(floats).first(pixels * channels);
-        rb::imaging::floatsFromHalves(halves.first(values.size()), values);
-        kernels::toneMap(values, channels, kernels::AlphaRange::Clamped, rgba.first(4 * pixels));
-        halves = halves.subspan(values.size());
-        rgba = rgba.subspan(4 * pixels);
-    }
-}
-
 }  // namespace
 
 KVRPixelImage* KVRRbaImageServices::ConvertFloatTextureToRGBA(KVRPixelImage* source) {
@@ -96,9 +78,10 @@ KVRPixelImage* KVRRbaImageServices::ConvertHalfFloatTextureToRGBA(KVRPixelImage*
                             __LINE__);
     KVRMMPIBuffer* const buffer = source->GetPixelsBufferToModify();
     if (buffer && buffer->GetBufferForModify())
-        toneMapHalves({reinterpret_cast<const std::uint16_t*>(buffer->GetBufferForModify()),
-                       buffer->GetNbElem()},
-                      channels, pixelsOf(*rgba.Get()));
+        kernels::toneMapHalves(
+            {reinterpret_cast<const std::uint16_t*>(buffer->GetBufferForModify()),
+             buffer->GetNbElem()},
+            channels, pixelsOf(*rgba.Get()));
     return rgba.Detach();
 }
 

@@ -9,40 +9,52 @@
 
 #include <array>
 #include <new>
-#include <span>
+#include <utility>
 
 namespace {
 
 using Image = KVRVar<KVRPixelImage>;
 namespace kernels = rb::kernels;
 
-/// The pixels of an 8-bit format; none for the others, which the transforms leave as they are.
-std::span<std::uint8_t> pixelsOf(KVRPixelImage& image) {
-    std::uint8_t* const pixels = image.GetPixelsToModify();
-    return {pixels, pixels ? image.GetRawPixels().size() : 0};
-}
-
 std::size_t bytesPerPixelOf(const KVRPixelImage& image) {
     return static_cast<std::size_t>(image.GetBytesPerPixel());
 }
 
-Image copyOf(const KVRPixelImage& image) { return Image::Adopt(new KVRPixelImage(image)); }
-
-/// A copy in RGBA; as it is when its channels are not of 8 bits.
-Image rgbaCopyOf(const KVRPixelImage& image) {
-    Image copy = copyOf(image);
-    if (image.GetPixelsToRead() && Failed(copy->ChangeFormat(KVRPixelImageFormat::RGBA)))
-        throw std::bad_alloc();
-    return copy;
+/// The pixels of an 8-bit format.
+kernels::Bytes bytesOf(const KVRPixelImage& image) {
+    return {image.GetPixelsToRead(), image.GetRawPixels().size()};
 }
 
-/// A changed copy of an image; null for null and without memory.
-template <class Copy, class Change>
-KVRPixelImage* changedCopy(const KVRPixelImage* source, Copy copyImage, Change change) try {
-    if (!source) return nullptr;
-    Image copy = copyImage(*source);
-    change(*copy.Get());
-    return copy.Detach();
+kernels::BytesToWrite bytesOf(KVRPixelImage& image) {
+    return {image.GetPixelsToModify(), image.GetRawPixels().size()};
+}
+
+/// A new image that @p change makes of another one: change(bytes, bytes per pixel, target). Images
+/// without 8-bit channels are copied.
+template <class Change>
+Image changed(const KVRPixelImage& source, Change change) {
+    if (!source.GetPixelsToRead()) return Image::Adopt(new KVRPixelImage(source));
+    Image image = Image::Adopt(KVRPixelImage::CreateUnfilledLike(source));
+    change(bytesOf(source), bytesPerPixelOf(source), bytesOf(*image.Get()));
+    return image;
+}
+
+/// The same, made of the image in another format.
+template <class Change>
+Image changedAfterConversion(const KVRPixelImage& source, KVRPixelImageFormat format,
+                             Change change) {
+    if (source.GetFormat() == format || !source.GetPixelsToRead()) return changed(source, change);
+    Image image = Image::Adopt(source.Duplicate(format));
+    if (!image) throw std::bad_alloc();
+    change(bytesOf(std::as_const(*image.Get())), bytesPerPixelOf(*image.Get()),
+           bytesOf(*image.Get()));
+    return image;
+}
+
+/// The image that @p make makes of @p source; null for null and without memory.
+template <class Make>
+KVRPixelImage* madeOf(const KVRPixelImage* source, Make make) try {
+    return source ? make(*source).Detach() : nullptr;
 } catch (const std::bad_alloc&) {
     return nullptr;
 }
@@ -63,49 +75,51 @@ Size sizeOf(const KVRPixelImage& image) {
 }  // namespace
 
 KVRPixelImage* KVRRbaImageServices::ComputeGreyScaleImage(const KVRPixelImage* source) {
-    return changedCopy(source, copyOf, [](KVRPixelImage& image) {
-        kernels::greyByLightness(pixelsOf(image),
-                                 static_cast<std::size_t>(image.GetbytesPerPixel()));
+    return madeOf(source, [](const KVRPixelImage& image) {
+        return changed(image, kernels::greyByLightness);
     });
 }
 
 KVRPixelImage* KVRRbaImageServices::ComputeMonochromaImage(const KVRPixelImage* source) {
-    return changedCopy(source, rgbaCopyOf,
-                       [](KVRPixelImage& image) { kernels::blackAndWhite(pixelsOf(image)); });
+    return madeOf(source, [](const KVRPixelImage& image) {
+        return changedAfterConversion(
+            image, KVRPixelImageFormat::RGBA,
+            [](auto rgba, std::size_t, auto target) { kernels::blackAndWhite(rgba, target); });
+    });
 }
 
 KVRPixelImage* KVRRbaImageServices::ComputeNegativeImage(const KVRPixelImage* source) {
-    const auto copyInBytes = [](const KVRPixelImage& image) {
+    return madeOf(source, [](const KVRPixelImage& image) {
         // A bilevel pixel is 0 or 1, and 255 minus it would be neither.
-        if (image.GetFormat() != KVRPixelImageFormat::Bilevel) return copyOf(image);
-        Image grey = Image::Adopt(image.Duplicate(KVRPixelImageFormat::L));
-        if (!grey) throw std::bad_alloc();
-        return grey;
-    };
-    return changedCopy(source, copyInBytes, [](KVRPixelImage& image) {
-        kernels::invertColors(pixelsOf(image), bytesPerPixelOf(image));
+        return image.GetFormat() == KVRPixelImageFormat::Bilevel
+                   ? changedAfterConversion(image, KVRPixelImageFormat::L, kernels::invertColors)
+                   : changed(image, kernels::invertColors);
     });
 }
 
 KVRPixelImage* KVRRbaImageServices::ComputeAlphaInvertImage(const KVRPixelImage* source) {
-    return changedCopy(source, rgbaCopyOf,
-                       [](KVRPixelImage& image) { kernels::invertAlpha(pixelsOf(image)); });
+    return madeOf(source, [](const KVRPixelImage& image) {
+        return changedAfterConversion(
+            image, KVRPixelImageFormat::RGBA,
+            [](auto rgba, std::size_t, auto target) { kernels::invertAlpha(rgba, target); });
+    });
 }
 
 KVRPixelImage* KVRRbaImageServices::GenerateMaskFromAlpha(const KVRPixelImage* source) {
-    return changedCopy(source, copyOf, [](KVRPixelImage& image) {
-        kernels::maskFromAlpha(pixelsOf(image), bytesPerPixelOf(image));
-    });
+    return madeOf(
+        source, [](const KVRPixelImage& image) { return changed(image, kernels::maskFromAlpha); });
 }
 
 KVRPixelImage* KVRRbaImageServices::GenerateBumpMap(KVRPixelImage* source) {
     if (!source) return nullptr;
-    if (!source->GetPixelsToRead()) return changedCopy(source, copyOf, [](KVRPixelImage&) {});
-    if (bytesPerPixelOf(*source) != 3 && Failed(source->ChangeFormat(KVRPixelImageFormat::RGB)))
+    if (source->GetPixelsToRead() && bytesPerPixelOf(*source) != 3 &&
+        Failed(source->ChangeFormat(KVRPixelImageFormat::RGB)))
         return nullptr;
-    return changedCopy(source, copyOf, [source](KVRPixelImage& image) {
-        kernels::renderBumpMap(pixelsOf(*source), static_cast<std::size_t>(sizeOf(*source).width),
-                               pixelsOf(image));
+    const auto width = static_cast<std::size_t>(sizeOf(*source).width);
+    return madeOf(source, [width](const KVRPixelImage& image) {
+        return changed(image, [width](auto rgb, std::size_t, auto target) {
+            kernels::renderBumpMap(rgb, width, target);
+        });
     });
 }
 

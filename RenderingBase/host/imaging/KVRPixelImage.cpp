@@ -84,6 +84,13 @@ KVRPixelImage* KVRPixelImage::CreateUnfilled(int width, int height, KVRPixelImag
                         PixelStorage(byteCount(width, height, format), PixelStorage::Fill::None));
 }
 
+KVRPixelImage* KVRPixelImage::CreateUnfilledLike(const KVRPixelImage& other) {
+    auto image =
+        KVRVar<KVRPixelImage>::Adopt(CreateUnfilled(other.m_width, other.m_height, other.m_format));
+    image->copyAttributesFrom(other);
+    return image.Detach();
+}
+
 KVRPixelImage* KVRPixelImage::CreateAround(int width, int height, KVRPixelImageFormat format,
                                            PixelStorage pixels) {
     return new KVRPixelImage(width, height, format, std::move(pixels));

@@ -86,6 +86,8 @@ public:
     static bool IsWithinPixelLimit(int width, int height);
     /// An image whose pixels are undefined, for code that writes every byte. Throws std::bad_alloc.
     static KVRPixelImage* CreateUnfilled(int width, int height, KVRPixelImageFormat format);
+    /// The same with size, format, profile, resolution and metadata of @p other.
+    static KVRPixelImage* CreateUnfilledLike(const KVRPixelImage& other);
     /// An image that takes over @p pixels: width x height x bytes per pixel of @p format.
     static KVRPixelImage* CreateAround(int width, int height, KVRPixelImageFormat format,
                                        rb::imaging::PixelStorage pixels);

@@ -19,7 +19,9 @@ namespace rb::kernels {
 /// that of its own red and of the green and the blue of the pixel before it in memory.
 /// @param rgb    Three bytes a pixel, rows top first, no padding.
 /// @param width  Pixels in a row.
+/// Every processor gives the same bytes.
 /// @param out    As long as @p rgb, and another place.
+/// Errors: throws std::bad_alloc. Cost: allocates four rows of double precision.
 void renderBumpMap(std::span<const std::uint8_t> rgb, std::size_t width,
                    std::span<std::uint8_t> out);
 
