@@ -7,76 +7,71 @@ namespace rb::kernels {
 namespace {
 
 constexpr float kEpsilon = 1.1920929e-7F;
-constexpr float kDegrees = 57.295776F;  // to the radian
-
-/// How neighbours are found along the horizontal angles.
-enum class Neighbours {
-    None,   ///< Outside of the angles: the intensity is 0.
-    Plain,  ///< The next angle.
-    Axial,  ///< The same in all directions: the first run of values counts.
-    Wrap,   ///< Behind the last angle comes the first one.
-};
 
 /// A direction in the angles of the file, degrees.
 struct FileDirection {
     float horizontal, vertical;
-    Neighbours neighbours;
+    bool isInside;
 };
 
-FileDirection outside() { return {0, 0, Neighbours::None}; }
+Symmetry symmetryOfTypeC(float first, float last) {
+    if (last <= kEpsilon) return first > 0 || 0 > last ? Symmetry::Dark : Symmetry::Axial;
+    if (last - 90 <= kEpsilon) return Symmetry::Quadrant;
+    if (last - 180 <= kEpsilon) return Symmetry::Bilateral;
+    if (first - 90 <= kEpsilon && last - 270 <= kEpsilon) return Symmetry::FacingX;
+    return Symmetry::Full;
+}
 
-FileDirection foldTypeC(const CandelaGrid& grid, float h, float v) {
-    const float first = grid.horizontal.front(), last = grid.horizontal.back();
-    if (last <= kEpsilon) {
-        if (first > 0 || 0 > last) return outside();
-        return {0, v, Neighbours::Axial};
-    }
-    if (last - 90 <= kEpsilon) {
-        if (h > 90 && h <= 180)
-            h = 180 - h;
-        else if (h > 180 && h <= 270)
-            h = h - 180;
-        else if (h > 270 && h <= 360)
-            h = 360 - h;
-        if (h < 0 || h > 90 || v < 0 || v > 180) return outside();
-        return {h, v, Neighbours::Plain};
-    }
-    if (last - 180 <= kEpsilon) {
-        if (h > 180) h = 360 - h;
-        // Open at the borders: azimuth 0 and the poles are black. Kept for compatibility.
-        if (h <= 0 || h >= 180 || v <= 0 || v >= 180) return outside();
-        return {h, v, Neighbours::Plain};
-    }
-    if (first - 90 <= kEpsilon && last - 270 <= kEpsilon) {
-        if (h < 90) h = 180 - h;
-        if (h > 270) h = 540 - h;
-        if (h < 90 || h > 270) return outside();
-        return {h, v, Neighbours::Plain};
-    }
-    return {h, v, Neighbours::Wrap};
+FileDirection foldedToQuadrant(float h, float v) {
+    if (h > 90 && h <= 180)
+        h = 180 - h;
+    else if (h > 180 && h <= 270)
+        h = h - 180;
+    else if (h > 270 && h <= 360)
+        h = 360 - h;
+    return {h, v, !(h < 0 || h > 90 || v < 0 || v > 180)};
+}
+
+FileDirection foldedToHalf(float h, float v) {
+    if (h > 180) h = 360 - h;
+    // Open at the borders: azimuth 0 and the poles are black. Kept for compatibility.
+    return {h, v, !(h <= 0 || h >= 180 || v <= 0 || v >= 180)};
+}
+
+FileDirection foldedToFacingX(float h, float v) {
+    if (h < 90) h = 180 - h;
+    if (h > 270) h = 540 - h;
+    return {h, v, !(h < 90 || h > 270)};
 }
 
 /// Both types alike. The horizontal angle keeps its sign; kept for compatibility.
-FileDirection foldTypesAAndB(const CandelaGrid& grid, float h, float v) {
+FileDirection foldedToSigned(const CandelaGrid& grid, float h, float v) {
     v = v - 90;
     h = h - 180;
-    if (grid.vertical.front() >= 0) v = std::abs(v);
-    if (grid.horizontal.front() >= 0) v = std::abs(v);
-    const bool isInside = !(grid.horizontal.front() > h || h > grid.horizontal.back() ||
-                            grid.vertical.front() > v || v > grid.vertical.back());
-    return isInside ? FileDirection{h, v, Neighbours::Plain} : outside();
+    if (foldsVertical(grid)) v = std::abs(v);
+    return {h, v,
+            !(grid.horizontal.front() > h || h > grid.horizontal.back() ||
+              grid.vertical.front() > v || v > grid.vertical.back())};
 }
 
-FileDirection folded(const CandelaGrid& grid, float h, float v) {
-    switch (grid.photometricType) {
-        case 1:
-            return foldTypeC(grid, h, v);
-        case 2:
-        case 3:
-            return foldTypesAAndB(grid, h, v);
-        default:
-            return outside();
+FileDirection folded(const CandelaGrid& grid, Symmetry symmetry, float h, float v) {
+    switch (symmetry) {
+        case Symmetry::Axial:
+            return {0, v, true};
+        case Symmetry::Quadrant:
+            return foldedToQuadrant(h, v);
+        case Symmetry::Bilateral:
+            return foldedToHalf(h, v);
+        case Symmetry::FacingX:
+            return foldedToFacingX(h, v);
+        case Symmetry::Full:
+            return {h, v, true};
+        case Symmetry::Signed:
+            return foldedToSigned(grid, h, v);
+        case Symmetry::Dark:
+            break;
     }
+    return {h, v, false};
 }
 
 /// The index before the first angle that is not less than @p angle; 0 at least.
@@ -88,14 +83,13 @@ std::size_t indexBelow(std::span<const float> angles, float angle) {
 
 /// The angle behind the one at @p index, as far as interpolation needs one. False where the
 /// intensity is 0.
-bool nextHorizontal(const CandelaGrid& grid, Neighbours neighbours, std::size_t index,
-                    float& next) {
+bool nextHorizontal(const CandelaGrid& grid, Symmetry symmetry, std::size_t index, float& next) {
     const std::size_t last = grid.horizontal.size() - 1;
     if (index < last) {
         next = grid.horizontal[index + 1];
-    } else if (neighbours == Neighbours::Wrap) {
+    } else if (symmetry == Symmetry::Full) {
         next = grid.horizontal[(index + 1) % grid.horizontal.size()];
-    } else if (neighbours == Neighbours::Axial) {
+    } else if (symmetry == Symmetry::Axial) {
         next = grid.horizontal[index];
     } else {
         return false;
@@ -103,21 +97,21 @@ bool nextHorizontal(const CandelaGrid& grid, Neighbours neighbours, std::size_t 
     return true;
 }
 
-float interpolated(const CandelaGrid& grid, const FileDirection& at) {
+float interpolated(const CandelaGrid& grid, Symmetry symmetry, const FileDirection& at) {
     const float h = at.horizontal, v = at.vertical;
     const std::size_t hCount = grid.horizontal.size(), vCount = grid.vertical.size();
     const std::size_t hi = indexBelow(grid.horizontal, h), vi = indexBelow(grid.vertical, v);
     const bool isLastV = vi + 1 >= vCount;
-    if (isLastV && at.neighbours != Neighbours::Axial) return 0;
+    if (isLastV && symmetry != Symmetry::Axial) return 0;
     float nextH = 0;
-    if (!nextHorizontal(grid, at.neighbours, hi, nextH)) return 0;
+    if (!nextHorizontal(grid, symmetry, hi, nextH)) return 0;
     const float nextV = isLastV ? grid.vertical[vi] : grid.vertical[vi + 1];
 
     const float t = (v - grid.vertical[vi]) / (nextV - grid.vertical[vi]);
     const float s = 1 - t;
     const std::size_t vn = (vi + 1) % vCount;
     const float* const c = grid.candela.data();
-    if (at.neighbours == Neighbours::Axial) return s * c[vi] + t * c[vn];
+    if (symmetry == Symmetry::Axial) return s * c[vi] + t * c[vn];
 
     const float* const c0 = c + hi * vCount;
     const float* const c1 = c + (hi + 1) % hCount * vCount;
@@ -127,12 +121,27 @@ float interpolated(const CandelaGrid& grid, const FileDirection& at) {
 
 }  // namespace
 
+Symmetry symmetryOf(const CandelaGrid& grid) {
+    if (!grid.isComplete()) return Symmetry::Dark;
+    switch (grid.photometricType) {
+        case 1:
+            return symmetryOfTypeC(grid.horizontal.front(), grid.horizontal.back());
+        case 2:
+        case 3:
+            return Symmetry::Signed;
+        default:
+            return Symmetry::Dark;
+    }
+}
+
 float candelaAt(const CandelaGrid& grid, float theta, float phi) {
-    if (!grid.isComplete()) return 0;
-    const FileDirection at = folded(grid, phi * kDegrees, 180 - theta * kDegrees);
-    if (at.neighbours == Neighbours::None) return 0;
+    const Symmetry symmetry = symmetryOf(grid);
+    if (symmetry == Symmetry::Dark) return 0;
+    const FileDirection at =
+        folded(grid, symmetry, phi * kDegreesPerRadian, 180 - theta * kDegreesPerRadian);
+    if (!at.isInside) return 0;
     if (at.vertical < grid.vertical.front() || at.vertical > grid.vertical.back()) return 0;
-    const float value = interpolated(grid, at);
+    const float value = interpolated(grid, symmetry, at);
     return std::isinf(value) ? 0 : value * grid.scale;
 }
 

@@ -23,6 +23,25 @@ struct CandelaGrid {
     }
 };
 
+/// Which directions a grid tells apart, and how the others are found from those.
+enum class Symmetry {
+    Dark,       ///< Nothing is lit: other types, and grids that are not complete.
+    Axial,      ///< The same in all azimuths: the first run of values counts.
+    Quadrant,   ///< 0 to 90 degrees, for all four quadrants.
+    Bilateral,  ///< 0 to 180 degrees, for both halves.
+    FacingX,    ///< 90 to 270 degrees, for both halves.
+    Full,       ///< Behind the last angle comes the first one.
+    Signed,     ///< Types A and B: horizontal angles from -180 degrees on.
+};
+Symmetry symmetryOf(const CandelaGrid& grid);
+
+/// Whether only the size of the vertical angle counts. For Symmetry::Signed.
+inline bool foldsVertical(const CandelaGrid& grid) {
+    return grid.vertical.front() >= 0 || grid.horizontal.front() >= 0;
+}
+
+inline constexpr float kDegreesPerRadian = 57.295776F;
+
 /// Interpolates linearly in both angles; 0 outside of them, for other types and for a grid that is
 /// not complete. All in single precision.
 ///

@@ -1,52 +1,61 @@
 #include "RenderingBase/KVRRbaModel.m/src/kernels/IntensityTable.h"
 
-#include "RenderingBase/host/base/KVRMathQuaternion.h"
+#include "RenderingBase/KVRRbaModel.m/src/kernels/CandelaSampler.h"
+#include "RenderingBase/KVRRbaModel.m/src/kernels/TableDirections.h"
+#include "RenderingBase/KVRRbaModel.m/src/kernels/ToneMapping.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <limits>
 
 namespace rb::kernels {
 namespace {
 
-constexpr float kPi = 3.1415927F, kTwoPi = 6.2831855F;
+/// Cells that are computed at once; their angles and values stay in the nearest cache.
+constexpr std::size_t kCells = 512;
 
-struct Direction {
-    float theta, phi;
-};
+/// Writes each value into all channels of its cell.
+void spread(std::span<const float> values, std::size_t channels, float* cells) {
+    if (channels == 3) return repeatForColors(values, {cells, 3 * values.size()});
+    if (channels == 4) {
+        for (std::size_t i = 0; i < values.size(); ++i)
+            for (std::size_t k = 0; k < 4; ++k) cells[4 * i + k] = values[i];
+        return;
+    }
+    for (std::size_t i = 0; i < values.size(); ++i)
+        std::fill_n(cells + channels * i, channels, values[i]);
+}
 
-Direction rotated(const Direction& d, const Rotation& by) {
-    const KVRMathQuaternion rotation(by.x, -by.y, -by.z, -by.scalar);
-    const float sine = std::sin(d.theta);
-    const KVRMathQuaternion direction(static_cast<double>(std::cos(d.phi) * sine),
-                                      static_cast<double>(std::sin(d.phi) * sine),
-                                      static_cast<double>(std::cos(d.theta)), 0);
-    KVRMathQuaternion conjugate = rotation;
-    conjugate.Conjugate();
-    double x = 0, y = 0, z = 0, scalar = 0;
-    (rotation * (direction * conjugate)).GetCoord(x, y, z, scalar);
-    // Narrowed first: just beyond 1 there is no inverse cosine.
-    const float theta = std::acos(static_cast<float>(z));
-    const float phi = std::atan2(static_cast<float>(y), static_cast<float>(x));
-    return {theta, phi < 0 ? phi + kTwoPi : phi};
+void fillRow(const TableDirections& directions, const CandelaSampler& sampler, std::size_t row,
+             const TableShape& shape, float* cells) {
+    std::array<float, kCells> theta, phi, values;
+    for (std::size_t begin = 0; begin < shape.columns; begin += kCells) {
+        const std::size_t count = std::min(kCells, shape.columns - begin);
+        directions.compute(row, begin, {theta.data(), count}, {phi.data(), count});
+        float* const place = cells + begin * shape.channels;
+        float* const to = shape.channels == 1 ? place : values.data();
+        sampler.sample({theta.data(), count}, {phi.data(), count}, {to, count});
+        if (shape.channels != 1) spread({to, count}, shape.channels, place);
+    }
 }
 
 }  // namespace
 
 void resample(const CandelaGrid& grid, const TableShape& shape, const Rotation& rotation,
               std::span<float> table) {
-    const bool isRotated =
-        rotation.x != 0 || rotation.y != 0 || rotation.z != 0 || rotation.scalar != 0;
+    const TableDirections directions(shape, rotation);
+    const CandelaSampler sampler(grid);
+    if (!directions.areNumbers()) {
+        constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+        std::fill(table.begin(), table.end(), candelaAt(grid, kNoNumber, kNoNumber));
+        return;
+    }
     const auto rows = static_cast<std::ptrdiff_t>(shape.rows);
 #pragma omp parallel for schedule(static)
     for (std::ptrdiff_t i = 0; i < rows; ++i) {
-        float* cell = table.data() + static_cast<std::size_t>(i) * shape.columns * shape.channels;
-        const float theta = static_cast<float>(i) / static_cast<float>(shape.rows) * kPi;
-        for (std::size_t j = 0; j < shape.columns; ++j, cell += shape.channels) {
-            const float phi = static_cast<float>(j) / static_cast<float>(shape.columns) * kTwoPi;
-            Direction at{theta, phi};
-            if (isRotated) at = rotated(at, rotation);
-            std::fill_n(cell, shape.channels, candelaAt(grid, at.theta, at.phi));
-        }
+        const auto row = static_cast<std::size_t>(i);
+        fillRow(directions, sampler, row, shape,
+                table.data() + row * shape.columns * shape.channels);
     }
 }
 

@@ -1,0 +1,218 @@
+#include "RenderingBase/KVRRbaModel.m/src/kernels/CandelaSampler.h"
+
+#include <limits>
+
+// Compiled once for every kind of processor; the order of these lines matters.
+// clang-format off
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "RenderingBase/KVRRbaModel.m/src/kernels/CandelaSampler.cpp"
+#include <hwy/foreach_target.h>
+#include "RenderingBase/KVRRbaModel.m/src/kernels/VectorLoop-inl.h"
+// clang-format on
+
+HWY_BEFORE_NAMESPACE();
+namespace rb::kernels {
+namespace HWY_NAMESPACE {
+namespace {
+
+#if RB_IS_PLAIN_TARGET
+
+std::size_t sampleVectors(const CandelaSampler&, const float*, const float*, std::size_t, float*) {
+    return 0;
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Floats = hn::ScalableTag<float>;
+using Float = hn::Vec<Floats>;
+using Mask = hn::Mask<Floats>;
+using Ints = hn::RebindToSigned<Floats>;
+using Int = hn::Vec<Ints>;
+
+HWY_INLINE Float set(float value) { return hn::Set(Floats(), value); }
+HWY_INLINE Int setInt(std::int32_t value) { return hn::Set(Ints(), value); }
+
+HWY_INLINE Float chosen(Mask where, Float there, Float elsewhere) {
+    return hn::IfThenElse(where, there, elsewhere);
+}
+
+/// Directions in the angles of the file, degrees, and which of them are lit.
+struct FileDirections {
+    Float horizontal, vertical;
+    Mask isInside;
+};
+
+HWY_INLINE Mask isBetween(Float value, float least, float most) {
+    return hn::And(hn::Ge(value, set(least)), hn::Le(value, set(most)));
+}
+
+template <Symmetry kSymmetry>
+HWY_INLINE FileDirections foldedAs(const CandelaSampler& sampler, Float h, Float v) {
+    Mask isInside = isBetween(v, sampler.vertical().first, sampler.vertical().last);
+    if constexpr (kSymmetry == Symmetry::Quadrant) {
+        const Mask isUpTo180 = hn::And(hn::Gt(h, set(90)), hn::Le(h, set(180)));
+        const Mask isUpTo270 = hn::And(hn::Gt(h, set(180)), hn::Le(h, set(270)));
+        const Mask isUpTo360 = hn::And(hn::Gt(h, set(270)), hn::Le(h, set(360)));
+        h = chosen(
+            isUpTo180, hn::Sub(set(180), h),
+            chosen(isUpTo270, hn::Sub(h, set(180)), chosen(isUpTo360, hn::Sub(set(360), h), h)));
+        isInside = hn::And(isInside, hn::And(isBetween(h, 0, 90), isBetween(v, 0, 180)));
+    } else if constexpr (kSymmetry == Symmetry::Bilateral) {
+        h = chosen(hn::Gt(h, set(180)), hn::Sub(set(360), h), h);
+        const Mask isOpen = hn::And(hn::And(hn::Gt(h, set(0)), hn::Lt(h, set(180))),
+                                    hn::And(hn::Gt(v, set(0)), hn::Lt(v, set(180))));
+        isInside = hn::And(isInside, isOpen);
+    } else if constexpr (kSymmetry == Symmetry::FacingX) {
+        h = chosen(hn::Lt(h, set(90)), hn::Sub(set(180), h), h);
+        h = chosen(hn::Gt(h, set(270)), hn::Sub(set(540), h), h);
+        isInside = hn::And(isInside, isBetween(h, 90, 270));
+    } else if constexpr (kSymmetry == Symmetry::Signed) {
+        v = hn::Sub(v, set(90));
+        h = hn::Sub(h, set(180));
+        if (foldsVertical(sampler.grid())) v = hn::Abs(v);
+        isInside = hn::And(isBetween(v, sampler.vertical().first, sampler.vertical().last),
+                           isBetween(h, sampler.horizontal().first, sampler.horizontal().last));
+    }
+    return {h, v, isInside};
+}
+
+/// Places in a list of angles: the index before the first angle that is not less, 0 at least.
+HWY_INLINE Int indexBelow(const AngleIndex& index, Float angle) {
+    const Floats d;
+    const Ints di;
+    const Float scaled = hn::Mul(hn::Sub(angle, set(index.first)), set(index.bucketsPerDegree));
+    // Bounded before it becomes an integer: it may be far off.
+    const Float bounded =
+        hn::Min(hn::Max(scaled, set(0)), set(static_cast<float>(index.lastBucket)));
+    Int less = hn::GatherIndex(di, index.before.data(), hn::ConvertTo(di, bounded));
+    for (std::int32_t i = 0; i < index.mostInBucket; ++i) {
+        const Mask isLess = hn::Lt(hn::GatherIndex(d, index.angles.data(), less), angle);
+        less = hn::Sub(less, hn::VecFromMask(di, hn::RebindMask(di, isLess)));
+    }
+    return hn::Max(hn::Sub(less, setInt(1)), hn::Zero(di));
+}
+
+/// How far angles are from the one at @p place to the next, 0 to 1.
+HWY_INLINE Float wayToNext(const AngleIndex& index, Int place, Float angle) {
+    const Floats d;
+    const Float here = hn::GatherIndex(d, index.angles.data(), place);
+    const Float next = hn::GatherIndex(d, index.next.data(), place);
+    return hn::Div(hn::Sub(angle, here), hn::Sub(next, here));
+}
+
+/// The candela values of a pair of vertical angles, mixed.
+HWY_INLINE Float alongVertical(const float* candela, Int place, Float s, Float t) {
+    const Floats d;
+    const Float here = hn::GatherIndex(d, candela, place);
+    const Float next = hn::GatherIndex(d, candela + 1, place);
+    return hn::Add(hn::Mul(t, next), hn::Mul(s, here));
+}
+
+template <Symmetry kSymmetry>
+HWY_INLINE Float sampledAs(const CandelaSampler& sampler, Float theta, Float phi) {
+    const Floats d;
+    const Ints di;
+    const Float toDegrees = set(kDegreesPerRadian), one = set(1);
+    const auto at = foldedAs<kSymmetry>(sampler, hn::Mul(phi, toDegrees),
+                                        hn::Sub(set(180), hn::Mul(theta, toDegrees)));
+    const AngleIndex& vertical = sampler.vertical();
+    const AngleIndex& horizontal = sampler.horizontal();
+    const auto verticals = static_cast<std::int32_t>(vertical.next.size());
+    // Above the last angle nothing is lit, but its place is read.
+    const Int vi = hn::Min(indexBelow(vertical, at.vertical), setInt(verticals - 2));
+    const Float t = wayToNext(vertical, vi, at.vertical), s = hn::Sub(one, t);
+    const float* const candela = sampler.grid().candela.data();
+
+    Float value;
+    Mask isLit = at.isInside;
+    if constexpr (kSymmetry == Symmetry::Axial) {
+        value = alongVertical(candela, vi, s, t);
+    } else {
+        const auto lastRun = static_cast<std::int32_t>(horizontal.next.size()) - 1;
+        const Int hi = indexBelow(horizontal, at.horizontal);
+        const auto isLast = hn::Eq(hi, setInt(lastRun));
+        if constexpr (kSymmetry != Symmetry::Full)
+            isLit = hn::AndNot(hn::RebindMask(d, isLast), isLit);
+        const Int hn1 = hn::IfThenElse(isLast, hn::Zero(di), hn::Add(hi, setInt(1)));
+        const Float u = wayToNext(horizontal, hi, at.horizontal);
+        const Int run = setInt(verticals);
+        const Float first = alongVertical(candela, hn::Add(hn::Mul(hi, run), vi), s, t);
+        const Float second = alongVertical(candela, hn::Add(hn::Mul(hn1, run), vi), s, t);
+        value = hn::Add(hn::Mul(hn::Sub(one, u), first), hn::Mul(u, second));
+    }
+    const Mask isInfinite = hn::Eq(hn::Abs(value), set(std::numeric_limits<float>::infinity()));
+    return hn::IfThenElseZero(hn::AndNot(isInfinite, isLit),
+                              hn::Mul(value, set(sampler.grid().scale)));
+}
+
+template <Symmetry kSymmetry>
+std::size_t sampleVectorsAs(const CandelaSampler& sampler, const float* theta, const float* phi,
+                            std::size_t count, float* out) {
+    const Floats d;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d))
+        hn::StoreU(sampledAs<kSymmetry>(sampler, hn::LoadU(d, theta + i), hn::LoadU(d, phi + i)), d,
+                   out + i);
+    return i;
+}
+
+/// Returns how many directions, from the first on, it has looked up.
+std::size_t sampleVectors(const CandelaSampler& sampler, const float* theta, const float* phi,
+                          std::size_t count, float* out) {
+    switch (sampler.symmetry()) {
+        case Symmetry::Axial:
+            return sampleVectorsAs<Symmetry::Axial>(sampler, theta, phi, count, out);
+        case Symmetry::Quadrant:
+            return sampleVectorsAs<Symmetry::Quadrant>(sampler, theta, phi, count, out);
+        case Symmetry::Bilateral:
+            return sampleVectorsAs<Symmetry::Bilateral>(sampler, theta, phi, count, out);
+        case Symmetry::FacingX:
+            return sampleVectorsAs<Symmetry::FacingX>(sampler, theta, phi, count, out);
+        case Symmetry::Full:
+            return sampleVectorsAs<Symmetry::Full>(sampler, theta, phi, count, out);
+        case Symmetry::Signed:
+            return sampleVectorsAs<Symmetry::Signed>(sampler, theta, phi, count, out);
+        case Symmetry::Dark:
+            break;
+    }
+    return 0;
+}
+
+#endif
+
+}  // namespace
+}  // namespace HWY_NAMESPACE
+}  // namespace rb::kernels
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace rb::kernels {
+namespace {
+
+HWY_EXPORT(sampleVectors);
+
+}  // namespace
+
+CandelaSampler::CandelaSampler(const CandelaGrid& grid)
+    : m_grid(grid), m_symmetry(symmetryOf(grid)) {
+    // Places of candela values are 32 bits.
+    constexpr std::size_t kMostValues = std::size_t{1} << 30;
+    if (m_symmetry == Symmetry::Dark || grid.candela.size() > kMostValues) return;
+    m_vertical = indexOf(grid.vertical);
+    if (m_symmetry != Symmetry::Axial) m_horizontal = indexOf(grid.horizontal);
+    m_hasVectors = m_vertical.isUsable && (m_symmetry == Symmetry::Axial || m_horizontal.isUsable);
+}
+
+void CandelaSampler::sample(std::span<const float> theta, std::span<const float> phi,
+                            std::span<float> out) const {
+    std::size_t i = 0;
+    if (m_hasVectors)
+        i = HWY_DYNAMIC_DISPATCH(sampleVectors)(*this, theta.data(), phi.data(), out.size(),
+                                                out.data());
+    for (; i < out.size(); ++i) out[i] = candelaAt(m_grid, theta[i], phi[i]);
+}
+
+}  // namespace rb::kernels
+#endif
