@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace rb::kernels {
 namespace {
@@ -97,14 +98,16 @@ bool nextHorizontal(const CandelaGrid& grid, Symmetry symmetry, std::size_t inde
     return true;
 }
 
-float interpolated(const CandelaGrid& grid, Symmetry symmetry, const FileDirection& at) {
+/// Nothing where there is no next angle.
+std::optional<float> interpolated(const CandelaGrid& grid, Symmetry symmetry,
+                                  const FileDirection& at) {
     const float h = at.horizontal, v = at.vertical;
     const std::size_t hCount = grid.horizontal.size(), vCount = grid.vertical.size();
     const std::size_t hi = indexBelow(grid.horizontal, h), vi = indexBelow(grid.vertical, v);
     const bool isLastV = vi + 1 >= vCount;
-    if (isLastV && symmetry != Symmetry::Axial) return 0;
+    if (isLastV && symmetry != Symmetry::Axial) return {};
     float nextH = 0;
-    if (!nextHorizontal(grid, symmetry, hi, nextH)) return 0;
+    if (!nextHorizontal(grid, symmetry, hi, nextH)) return {};
     const float nextV = isLastV ? grid.vertical[vi] : grid.vertical[vi + 1];
 
     const float t = (v - grid.vertical[vi]) / (nextV - grid.vertical[vi]);
@@ -141,8 +144,8 @@ float candelaAt(const CandelaGrid& grid, float theta, float phi) {
         folded(grid, symmetry, phi * kDegreesPerRadian, 180 - theta * kDegreesPerRadian);
     if (!at.isInside) return 0;
     if (at.vertical < grid.vertical.front() || at.vertical > grid.vertical.back()) return 0;
-    const float value = interpolated(grid, symmetry, at);
-    return std::isinf(value) ? 0 : value * grid.scale;
+    const std::optional<float> value = interpolated(grid, symmetry, at);
+    return !value || std::isinf(*value) ? 0 : *value * grid.scale;
 }
 
 }  // namespace rb::kernels

@@ -14,6 +14,9 @@ namespace {
 /// Cells that are computed at once; their angles and values stay in the nearest cache.
 constexpr std::size_t kCells = 512;
 
+/// Fewer are computed in the time that other threads take to start.
+constexpr std::size_t kCellsWorthThreads = 4096;
+
 /// Writes each value into all channels of its cell.
 void spread(std::span<const float> values, std::size_t channels, float* cells) {
     if (channels == 3) return repeatForColors(values, {cells, 3 * values.size()});
@@ -51,7 +54,8 @@ void resample(const CandelaGrid& grid, const TableShape& shape, const Rotation& 
         return;
     }
     const auto rows = static_cast<std::ptrdiff_t>(shape.rows);
-#pragma omp parallel for schedule(static)
+    const bool isWorthThreads = shape.rows * shape.columns >= kCellsWorthThreads;
+#pragma omp parallel for schedule(static) if (isWorthThreads)
     for (std::ptrdiff_t i = 0; i < rows; ++i) {
         const auto row = static_cast<std::size_t>(i);
         fillRow(directions, sampler, row, shape,
