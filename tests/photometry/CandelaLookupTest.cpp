@@ -134,8 +134,8 @@ TEST(CandelaLookup, is_folded_behind_when_angles_run_from_90_to_270) {
 }
 
 TEST(CandelaLookup, runs_around_a_full_circle) {
-    const Luminaire full =
-        typeC({0, 90, 180}, {0, 90, 180, 270, 360}, {1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, 1, 2, 3});
+    const Luminaire full = typeC({0, 90, 180}, {0, 90, 180, 270, 360},
+                                 {1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, 1, 2, 3});
     EXPECT_EQ(at(full, 0, 0), 1);
     EXPECT_EQ(at(full, 90, 90), 6);
     EXPECT_EQ(at(full, 90, 270), 14);
@@ -246,8 +246,8 @@ TEST(CandelaLookup, of_equal_angles_is_that_of_the_first_one) {
 }
 
 TEST(CandelaLookup, is_0_without_angles_or_values) {
-    for (const Luminaire& empty : {typeC({}, {}, {}), typeC({}, {0}, {}), typeC({0, 90}, {}, {}),
-                                   typeC({0, 90}, {0}, {1})})
+    for (const Luminaire& empty :
+         {typeC({}, {}, {}), typeC({}, {0}, {}), typeC({0, 90}, {}, {}), typeC({0, 90}, {0}, {1})})
         EXPECT_EQ(kernels::candelaAt(empty.grid(), 2, 0), 0);
 }
 
@@ -271,8 +271,7 @@ TEST(CandelaLookup, outside_of_the_angles_is_0_whatever_the_scale) {
 }
 
 TEST(CandelaLookup, at_the_angles_of_the_file_gives_its_values) {
-    const Luminaire full =
-        randomLuminaire("", 1, angles(0, 2.5F, 180), angles(0, 22.5F, 360));
+    const Luminaire full = randomLuminaire("", 1, angles(0, 2.5F, 180), angles(0, 22.5F, 360));
     std::size_t count = 0;
     for (std::size_t h = 0; h < full.horizontal.size(); ++h)
         for (std::size_t v = 0; v < full.vertical.size(); ++v) {
@@ -336,8 +335,7 @@ TEST(CandelaLookup, equals_a_sum_of_hats) {
             if (last == 180 && std::abs(h - 180) < 0.01) continue;  // black there
             const auto theta = static_cast<float>((180 - v) / 57.29577951308232);
             const auto phi = static_cast<float>(h / 57.29577951308232);
-            const double expected =
-                hatSum(luminaire, v, last > 180 ? h : foldedBySine(h, last));
+            const double expected = hatSum(luminaire, v, last > 180 ? h : foldedBySine(h, last));
             EXPECT_NEAR(static_cast<double>(kernels::candelaAt(luminaire.grid(), theta, phi)),
                         expected, kTolerance)
                 << v << " " << h;

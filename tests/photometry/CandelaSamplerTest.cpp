@@ -69,8 +69,8 @@ TEST(CandelaSampler, gives_the_bits_of_single_lookups_for_every_kind_of_luminair
 
 TEST(CandelaSampler, gives_the_bits_of_single_lookups_for_values_that_are_no_numbers) {
     using Limits = std::numeric_limits<float>;
-    const float odd[] = {Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(), 3e38F,
-                         -3e38F,             0,                   -0.0F};
+    const float odd[] = {
+        Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(), 3e38F, -3e38F, 0, -0.0F};
     for (Luminaire luminaire : luminairesOfEveryKind()) {
         for (std::size_t i = 0; i < luminaire.candela.size(); ++i)
             if (i % 3 == 0) luminaire.candela[i] = odd[i / 3 % std::size(odd)];

@@ -46,7 +46,7 @@ TEST(IntensityTable, begins_at_the_pole_above_and_ends_a_step_before_both_ends) 
                               1,
                               {0, 45, 90, 135, 180},
                               {0, 90, 180, 270, 360},
-                              {0, 1,  2,  3,  4,  10, 11, 12, 13, 14, 20, 21, 22,
+                              {0,  1,  2,  3,  4,  10, 11, 12, 13, 14, 20, 21, 22,
                                23, 24, 30, 31, 32, 33, 34, 40, 41, 42, 43, 44},
                               1};
     const Floats table = tableOf(luminaire, {4, 4, 1}, kNone);
@@ -59,7 +59,7 @@ TEST(IntensityTable, begins_at_the_pole_above_and_ends_a_step_before_both_ends) 
 
 TEST(IntensityTable, has_the_same_value_in_all_channels) {
     for (const Luminaire& luminaire : luminairesOfEveryKind())
-        for (const std::size_t columns : {1, 5, 16, 67, 513, 1100}) {
+        for (const std::size_t columns : {1U, 5U, 16U, 67U, 513U, 1100U}) {
             const Floats one = tableOf(luminaire, {3, columns, 1}, kIdentity);
             for (std::size_t channels = 2; channels <= 7; ++channels) {
                 const Floats table = tableOf(luminaire, {3, columns, channels}, kIdentity);
@@ -86,8 +86,9 @@ TEST(IntensityTable, of_a_text_is_that_of_its_luminaire) {
     // Of (0.3, 0, 0) the quaternion is (sin 0.15, 0, 0, cos 0.15).
     Floats table(12 * 17 * 3, -1);
     const std::string text = IesBuilder().build();
-    ASSERT_EQ(KVRRbaIESLoader::loadIES(std::string_view(text), 12, 17, 3, {0.3, 0, 0}, table.data()),
-              S_OK);
+    ASSERT_EQ(
+        KVRRbaIESLoader::loadIES(std::string_view(text), 12, 17, 3, {0.3, 0, 0}, table.data()),
+        S_OK);
     const Luminaire same{"", 1, {0, 90, 180}, {0}, {30, 20, 10}, 1};
     EXPECT_EQ(table, tableOf(same, {12, 17, 3}, {std::sin(0.15), 0, 0, std::cos(0.15)}));
 }
@@ -166,15 +167,18 @@ TEST(IntensityTable, has_only_numbers_however_a_luminaire_is_turned) {
         KVRRbaIESLoader::resample(photometry, kShape.rows, kShape.columns, 1, orientation,
                                   table.data());
         // Of 30, 20 and 10 candelas; at the lower pole angles may end before the last one.
-        for (const float value : table) ASSERT_TRUE(value == 0 || (value >= 9.9F && value <= 30.1F));
+        for (const float value : table)
+            ASSERT_TRUE(value == 0 || (value >= 9.9F && value <= 30.1F));
     }
 }
 
 TEST(IntensityTable, of_an_orientation_that_is_no_number_is_the_plain_one) {
     constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const kernels::Rotation rotations[] = {{kNoNumber, 0, 0, 1}, {0, kNoNumber, 0, 0},
-                                           {0, 0, kInfinity, 1}, {0, 0, 0, -kInfinity},
+    const kernels::Rotation rotations[] = {{kNoNumber, 0, 0, 1},
+                                           {0, kNoNumber, 0, 0},
+                                           {0, 0, kInfinity, 1},
+                                           {0, 0, 0, -kInfinity},
                                            {kNoNumber, kNoNumber, kNoNumber, kNoNumber}};
     for (const Luminaire& luminaire : luminairesOfEveryKind())
         for (const kernels::Rotation& rotation : rotations) {
@@ -210,13 +214,14 @@ TEST(IntensityTable, holds_the_light_of_the_luminaire_however_it_is_turned) {
     const Luminaire even{"", 1, {0, 180}, {0}, {100, 100}, 1};
     Luminaire cosine{"", 1, angles(0, 1, 90), {0}, {}, 1};
     for (const float v : cosine.vertical)
-        cosine.candela.push_back(static_cast<float>(
-            100 * std::cos(static_cast<double>(v) * std::numbers::pi / 180)));
+        cosine.candela.push_back(
+            static_cast<float>(100 * std::cos(static_cast<double>(v) * std::numbers::pi / 180)));
     Luminaire lower{"", 1, {0, 90}, angles(0, 30, 360), {}, 1};
     lower.candela.assign(2 * lower.horizontal.size(), 100);
     for (const kernels::Rotation& rotation : someRotations()) {
         const double pi = std::numbers::pi;
-        EXPECT_NEAR(fluxOf(tableOf(even, kShape, rotation), kShape) / (4 * pi * 100), 1, kTolerance);
+        EXPECT_NEAR(fluxOf(tableOf(even, kShape, rotation), kShape) / (4 * pi * 100), 1,
+                    kTolerance);
         EXPECT_NEAR(fluxOf(tableOf(cosine, kShape, rotation), kShape) / (pi * 100), 1, kTolerance);
         EXPECT_NEAR(fluxOf(tableOf(lower, kShape, rotation), kShape) / (2 * pi * 100), 1,
                     kEdgeTolerance);

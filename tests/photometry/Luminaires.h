@@ -43,13 +43,18 @@ inline Floats randomCandela(std::size_t count, std::uint32_t seed) {
 inline Luminaire randomLuminaire(const char* name, std::int32_t type, Floats vertical,
                                  Floats horizontal) {
     const std::size_t count = vertical.size() * horizontal.size();
-    return {name, type, std::move(vertical), std::move(horizontal),
-            randomCandela(count, static_cast<std::uint32_t>(count)), 1.5F};
+    return {name,
+            type,
+            std::move(vertical),
+            std::move(horizontal),
+            randomCandela(count, static_cast<std::uint32_t>(count)),
+            1.5F};
 }
 
 /// Every symmetry, lists with steps of one width, of several, and odd ones.
 inline std::vector<Luminaire> luminairesOfEveryKind() {
-    const Floats whole = angles(0, 10, 180), lower = angles(0, 2.5F, 90), upper = angles(90, 5, 180);
+    const Floats whole = angles(0, 10, 180), lower = angles(0, 2.5F, 90),
+                 upper = angles(90, 5, 180);
     const Floats uneven{0, 1, 2, 5, 10, 30, 31.5F, 60, 85, 89, 90, 91, 120, 179, 180};
     return {
         randomLuminaire("axial", 1, whole, {0}),

@@ -57,8 +57,8 @@ void expectPlainDirections(const kernels::TableShape& shape, const kernels::Rota
 TEST(RotatedAngles, inverse_cosine_is_within_2_units_of_the_last_place) {
     double most = 0;
     const auto check = [&most](float x) {
-        most = std::max(most, unitsBetween(kernels::inverseCosine(x),
-                                           std::acos(static_cast<double>(x))));
+        most = std::max(most,
+                        unitsBetween(kernels::inverseCosine(x), std::acos(static_cast<double>(x))));
     };
     for (int i = -4000000; i <= 4000000; ++i) check(static_cast<float>(i) / 4000000);
     for (const float border : {1.0F, 0.5F, -0.5F, -1.0F, 0.0F}) {
@@ -171,22 +171,22 @@ TEST(TableDirections, are_turned_as_a_matrix_does) {
     for (int n = 0; n < 50; ++n) {
         const kernels::Rotation r = randomRotation(random);
         const double sine = std::sqrt(r.x * r.x + r.y * r.y + r.z * r.z);
-        const auto m = rotationAbout(r.x / sine, -r.y / sine, -r.z / sine,
-                                     2 * std::atan2(sine, -r.scalar));
+        const auto m =
+            rotationAbout(r.x / sine, -r.y / sine, -r.z / sine, 2 * std::atan2(sine, -r.scalar));
         const kernels::TableDirections directions(kShape, r);
         for (std::size_t i = 0; i < kShape.rows; ++i) {
             const Row row = rowOf(directions, i, kShape.columns);
             for (std::size_t j = 0; j < kShape.columns; ++j) {
                 const double theta = std::numbers::pi * static_cast<double>(i) / 40;
                 const double phi = kFullCircle * static_cast<double>(j) / 80;
-                const double p[] = {std::cos(phi) * std::sin(theta), std::sin(phi) * std::sin(theta),
-                                    std::cos(theta)};
+                const double p[] = {std::cos(phi) * std::sin(theta),
+                                    std::sin(phi) * std::sin(theta), std::cos(theta)};
                 const auto t = static_cast<double>(row.theta[j]);
                 const auto f = static_cast<double>(row.phi[j]);
                 const double found[] = {std::cos(f) * std::sin(t), std::sin(f) * std::sin(t),
                                         std::cos(t)};
-                // Angles up to 6.3 in single precision, before and behind; a unit of a cosine is more
-                // of an angle near a pole.
+                // Angles up to 6.3 in single precision, before and behind; a unit of a cosine is
+                // more of an angle near a pole.
                 const double tolerance = 1.5e-6 + 2e-7 / std::max(std::sin(t), 1e-4);
                 for (std::size_t k = 0; k < 3; ++k)
                     ASSERT_NEAR(found[k], m[k][0] * p[0] + m[k][1] * p[1] + m[k][2] * p[2],
