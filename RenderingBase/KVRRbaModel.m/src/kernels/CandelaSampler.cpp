@@ -78,8 +78,33 @@ HWY_INLINE FileDirections foldedAs(const CandelaSampler& sampler, Float h, Float
     return {h, v, isInside};
 }
 
-/// Places in a list of angles: the index before the first angle that is not less, 0 at least.
-HWY_INLINE Int indexBelow(const AngleIndex& index, Float angle) {
+/// Places in a list of angles: the index before the first angle that is not less, 0 at least; the
+/// angle there, and the next one.
+struct Places {
+    Int index;
+    Float here, next;
+};
+
+HWY_INLINE Float angleAt(const AngleIndex& index, Float place) {
+    return hn::Add(set(index.first), hn::Mul(place, set(index.step)));
+}
+
+HWY_INLINE Places placesByStep(const AngleIndex& index, Float angle) {
+    const Float one = set(1), zero = hn::Zero(Floats());
+    const Float last = set(static_cast<float>(index.count - 1));
+    const Float scaled = hn::Mul(hn::Sub(angle, set(index.first)), set(index.bucketsPerDegree));
+    const Float guess = hn::Trunc(hn::Min(hn::Max(scaled, zero), last));
+    const Mask isOneLess = hn::Le(angle, angleAt(index, guess));
+    const Mask isOneMore = hn::Gt(angle, angleAt(index, hn::Add(guess, one)));
+    Float place = chosen(isOneLess, hn::Sub(guess, one), guess);
+    place = chosen(isOneMore, hn::Add(guess, one), place);
+    place = hn::Min(hn::Max(place, zero), last);
+    const Float next =
+        chosen(hn::Eq(place, last), set(index.first), angleAt(index, hn::Add(place, one)));
+    return {hn::ConvertTo(Ints(), place), angleAt(index, place), next};
+}
+
+HWY_INLINE Places placesByBuckets(const AngleIndex& index, Float angle) {
     const Floats d;
     const Ints di;
     const Float scaled = hn::Mul(hn::Sub(angle, set(index.first)), set(index.bucketsPerDegree));
@@ -91,15 +116,18 @@ HWY_INLINE Int indexBelow(const AngleIndex& index, Float angle) {
         const Mask isLess = hn::Lt(hn::GatherIndex(d, index.angles.data(), less), angle);
         less = hn::Sub(less, hn::VecFromMask(di, hn::RebindMask(di, isLess)));
     }
-    return hn::Max(hn::Sub(less, setInt(1)), hn::Zero(di));
+    const Int place = hn::Max(hn::Sub(less, setInt(1)), hn::Zero(di));
+    return {place, hn::GatherIndex(d, index.angles.data(), place),
+            hn::GatherIndex(d, index.next.data(), place)};
 }
 
-/// How far angles are from the one at @p place to the next, 0 to 1.
-HWY_INLINE Float wayToNext(const AngleIndex& index, Int place, Float angle) {
-    const Floats d;
-    const Float here = hn::GatherIndex(d, index.angles.data(), place);
-    const Float next = hn::GatherIndex(d, index.next.data(), place);
-    return hn::Div(hn::Sub(angle, here), hn::Sub(next, here));
+HWY_INLINE Places placesOf(const AngleIndex& index, Float angle) {
+    return index.step != 0 ? placesByStep(index, angle) : placesByBuckets(index, angle);
+}
+
+/// How far angles are from the one at their place to the next, 0 to 1.
+HWY_INLINE Float wayToNext(const Places& places, Float angle) {
+    return hn::Div(hn::Sub(angle, places.here), hn::Sub(places.next, places.here));
 }
 
 /// The candela values of a pair of vertical angles, mixed.
@@ -119,10 +147,10 @@ HWY_INLINE Float sampledAs(const CandelaSampler& sampler, Float theta, Float phi
                                         hn::Sub(set(180), hn::Mul(theta, toDegrees)));
     const AngleIndex& vertical = sampler.vertical();
     const AngleIndex& horizontal = sampler.horizontal();
-    const auto verticals = static_cast<std::int32_t>(vertical.next.size());
+    const Places v = placesOf(vertical, at.vertical);
     // Above the last angle nothing is lit, but its place is read.
-    const Int vi = hn::Min(indexBelow(vertical, at.vertical), setInt(verticals - 2));
-    const Float t = wayToNext(vertical, vi, at.vertical), s = hn::Sub(one, t);
+    const Int vi = hn::Min(v.index, setInt(vertical.count - 2));
+    const Float t = wayToNext(v, at.vertical), s = hn::Sub(one, t);
     const float* const candela = sampler.grid().candela.data();
 
     Float value;
@@ -130,16 +158,15 @@ HWY_INLINE Float sampledAs(const CandelaSampler& sampler, Float theta, Float phi
     if constexpr (kSymmetry == Symmetry::Axial) {
         value = alongVertical(candela, vi, s, t);
     } else {
-        const auto lastRun = static_cast<std::int32_t>(horizontal.next.size()) - 1;
-        const Int hi = indexBelow(horizontal, at.horizontal);
-        const auto isLast = hn::Eq(hi, setInt(lastRun));
+        const Places h = placesOf(horizontal, at.horizontal);
+        const auto isLast = hn::Eq(h.index, setInt(horizontal.count - 1));
         if constexpr (kSymmetry != Symmetry::Full)
             isLit = hn::AndNot(hn::RebindMask(d, isLast), isLit);
-        const Int hn1 = hn::IfThenElse(isLast, hn::Zero(di), hn::Add(hi, setInt(1)));
-        const Float u = wayToNext(horizontal, hi, at.horizontal);
-        const Int run = setInt(verticals);
-        const Float first = alongVertical(candela, hn::Add(hn::Mul(hi, run), vi), s, t);
-        const Float second = alongVertical(candela, hn::Add(hn::Mul(hn1, run), vi), s, t);
+        const Int behind = hn::IfThenElse(isLast, hn::Zero(di), hn::Add(h.index, setInt(1)));
+        const Float u = wayToNext(h, at.horizontal);
+        const Int run = setInt(vertical.count);
+        const Float first = alongVertical(candela, hn::Add(hn::Mul(h.index, run), vi), s, t);
+        const Float second = alongVertical(candela, hn::Add(hn::Mul(behind, run), vi), s, t);
         value = hn::Add(hn::Mul(hn::Sub(one, u), first), hn::Mul(u, second));
     }
     const Mask isInfinite = hn::Eq(hn::Abs(value), set(std::numeric_limits<float>::infinity()));
