@@ -78,7 +78,8 @@ KVR_EXPORT HRESULT loadIES(const KVRUnicodeString& path, std::int32_t thetaCount
 KVR_EXPORT HRESULT loadIES(std::string_view text, std::int32_t thetaCount, std::int32_t phiCount,
                            std::int32_t channels, const KVRMathVector& orientation, float* table);
 
-/// Resamples what was read already, as loadIES does.
+/// Resamples what was read already, as loadIES does. Throws std::bad_alloc without memory, with
+/// nothing written.
 KVR_EXPORT void resample(const IESPhotometry& photometry, std::int32_t thetaCount,
                          std::int32_t phiCount, std::int32_t channels,
                          const KVRMathVector& orientation, float* table);

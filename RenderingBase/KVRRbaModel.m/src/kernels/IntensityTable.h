@@ -22,10 +22,12 @@ struct Rotation {
 /// Fills a table: cell (i, j) is the intensity in the direction theta = pi i / rows,
 /// phi = 2 pi j / columns, rotated. A rotation of zeros is none. Rows are computed in parallel.
 ///
-/// The rotation is that by (x, -y, -z, -scalar), kept for compatibility. Rotated angles come from
-/// an inverse cosine and an arc tangent in single precision, so even a rotation by nothing moves a
-/// direction a little (7e-7 radians).
+/// The rotation is that by (x, -y, -z, -scalar), kept for compatibility. Rotated angles are in
+/// single precision, so even a rotation by nothing moves a direction a little (7e-7 radians); see
+/// TableDirections.h. Intensities are those of candelaAt(), bit by bit. Every processor and every
+/// number of threads gives the same table.
 /// @param table  rows x columns x channels.
+/// Errors: throws std::bad_alloc, with nothing written.
 void resample(const CandelaGrid& grid, const TableShape& shape, const Rotation& rotation,
               std::span<float> table);
 
