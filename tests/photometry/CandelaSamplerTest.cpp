@@ -98,6 +98,30 @@ TEST(CandelaSampler, gives_the_bits_of_single_lookups_for_angles_that_are_no_num
         }
 }
 
+TEST(CandelaSampler, gives_the_bits_of_single_lookups_along_one_polar_angle) {
+    std::vector<Luminaire> luminaires = luminairesOfEveryKind();
+    // Values of all runs at once: as many as are taken, and one more.
+    luminaires.push_back(
+        randomLuminaire("512 runs", 1, angles(0, 45, 180), angles(0, 0.5F, 255.5F)));
+    luminaires.push_back(randomLuminaire("513 runs", 1, angles(0, 45, 180), angles(0, 0.5F, 256)));
+    luminaires[0].candela[3] = std::numeric_limits<float>::infinity();
+    for (const Luminaire& luminaire : luminaires) {
+        const Directions directions = directionsFor(luminaire, 1021);
+        const kernels::CandelaSampler sampler(luminaire.grid());
+        forEachTarget([&] {
+            for (std::size_t k = 0; k < 200; ++k) {
+                const float theta = directions.theta[k];
+                Floats found(directions.phi.size(), -1);
+                sampler.sampleLevel(theta, directions.phi, found);
+                for (std::size_t i = 0; i < found.size(); ++i)
+                    ASSERT_EQ(bitsOf(found[i]), bitsOf(kernels::candelaAt(luminaire.grid(), theta,
+                                                                          directions.phi[i])))
+                        << luminaire.name << ": " << theta << " " << directions.phi[i];
+            }
+        });
+    }
+}
+
 TEST(CandelaSampler, fills_any_number_of_places_and_no_others) {
     const Luminaire luminaire = luminairesOfEveryKind()[6];
     const Directions directions = directionsFor(luminaire, 100);

@@ -1,6 +1,7 @@
 // Tables of intensity: their shape, the plain table, rotations, and light that is neither lost nor
 // gained.
 
+#include "RenderingBase/KVRRbaModel.m/src/kernels/TableDirections.h"
 #include "RenderingBase/public/KVRRbaIESLoader.h"
 #include "tests/photometry/IesBuilder.h"
 #include "tests/photometry/TableTools.h"
@@ -140,6 +141,23 @@ TEST(IntensityTable, is_the_plain_one_but_for_the_last_places_of_angles) {
             expectPlainTable(luminaire, {19, 67, 1}, rotation);
             expectPlainTable(luminaire, {2, 700, 3}, rotation);
             expectPlainTable(luminaire, {1, 1, 4}, rotation);
+        }
+}
+
+TEST(IntensityTable, has_the_single_lookups_of_its_directions_bit_by_bit) {
+    constexpr kernels::TableShape kShape{9, 600, 1};
+    for (const Luminaire& luminaire : luminairesOfEveryKind())
+        for (const kernels::Rotation& rotation : someRotations()) {
+            const kernels::TableDirections directions(kShape, rotation);
+            const Floats table = tableOf(luminaire, kShape, rotation);
+            for (std::size_t i = 0; i < kShape.rows; ++i) {
+                Floats theta(kShape.columns), phi(kShape.columns);
+                directions.compute(i, 0, theta, phi);
+                for (std::size_t j = 0; j < kShape.columns; ++j)
+                    ASSERT_EQ(bitsOf(table[i * kShape.columns + j]),
+                              bitsOf(kernels::candelaAt(luminaire.grid(), theta[j], phi[j])))
+                        << luminaire.name << " " << i << " " << j;
+            }
         }
 }
 

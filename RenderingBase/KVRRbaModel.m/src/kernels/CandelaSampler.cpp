@@ -1,6 +1,8 @@
 #include "RenderingBase/KVRRbaModel.m/src/kernels/CandelaSampler.h"
 
+#include <algorithm>
 #include <limits>
+#include <type_traits>
 
 // Compiled once for every kind of processor; the order of these lines matters.
 // clang-format off
@@ -10,6 +12,18 @@
 #include "RenderingBase/KVRRbaModel.m/src/kernels/VectorLoop-inl.h"
 // clang-format on
 
+#ifndef RB_CANDELA_SAMPLER_COMMON
+#define RB_CANDELA_SAMPLER_COMMON
+namespace rb::kernels {
+namespace {
+
+template <Symmetry kSymmetry>
+using Constant = std::integral_constant<Symmetry, kSymmetry>;
+
+}  // namespace
+}  // namespace rb::kernels
+#endif
+
 HWY_BEFORE_NAMESPACE();
 namespace rb::kernels {
 namespace HWY_NAMESPACE {
@@ -18,6 +32,9 @@ namespace {
 #if RB_IS_PLAIN_TARGET
 
 std::size_t sampleVectors(const CandelaSampler&, const float*, const float*, std::size_t, float*) {
+    return 0;
+}
+std::size_t sampleLevelVectors(const CandelaSampler&, float, const float*, std::size_t, float*) {
     return 0;
 }
 
@@ -138,36 +155,43 @@ HWY_INLINE Float alongVertical(const float* candela, Int place, Float s, Float t
     return hn::Add(hn::Mul(t, next), hn::Mul(s, here));
 }
 
-template <Symmetry kSymmetry>
-HWY_INLINE Float sampledAs(const CandelaSampler& sampler, Float theta, Float phi) {
+/// Between which vertical angles directions lie, and how far.
+struct VerticalWay {
+    Int index;
+    Float s, t;
+};
+
+HWY_INLINE VerticalWay verticalWayOf(const AngleIndex& vertical, Float angle) {
+    const Places places = placesOf(vertical, angle);
+    const Float t = wayToNext(places, angle);
+    // Above the last angle nothing is lit, but its place is read.
+    return {hn::Min(places.index, setInt(vertical.count - 2)), hn::Sub(set(1), t), t};
+}
+
+/// The values of runs at vertical angles.
+HWY_INLINE Float valuesOfRuns(const CandelaSampler& sampler, Int run, const VerticalWay& way) {
+    const Int place = hn::Add(hn::Mul(run, setInt(sampler.vertical().count)), way.index);
+    return alongVertical(sampler.grid().candela.data(), place, way.s, way.t);
+}
+
+/// @param values  What the runs at some horizontal angles have there.
+template <Symmetry kSymmetry, class Values>
+HWY_INLINE Float between(const CandelaSampler& sampler, const FileDirections& at, Values values) {
     const Floats d;
     const Ints di;
-    const Float toDegrees = set(kDegreesPerRadian), one = set(1);
-    const auto at = foldedAs<kSymmetry>(sampler, hn::Mul(phi, toDegrees),
-                                        hn::Sub(set(180), hn::Mul(theta, toDegrees)));
-    const AngleIndex& vertical = sampler.vertical();
-    const AngleIndex& horizontal = sampler.horizontal();
-    const Places v = placesOf(vertical, at.vertical);
-    // Above the last angle nothing is lit, but its place is read.
-    const Int vi = hn::Min(v.index, setInt(vertical.count - 2));
-    const Float t = wayToNext(v, at.vertical), s = hn::Sub(one, t);
-    const float* const candela = sampler.grid().candela.data();
-
-    Float value;
     Mask isLit = at.isInside;
+    Float value;
     if constexpr (kSymmetry == Symmetry::Axial) {
-        value = alongVertical(candela, vi, s, t);
+        value = values(hn::Zero(di));
     } else {
+        const AngleIndex& horizontal = sampler.horizontal();
         const Places h = placesOf(horizontal, at.horizontal);
         const auto isLast = hn::Eq(h.index, setInt(horizontal.count - 1));
         if constexpr (kSymmetry != Symmetry::Full)
             isLit = hn::AndNot(hn::RebindMask(d, isLast), isLit);
         const Int behind = hn::IfThenElse(isLast, hn::Zero(di), hn::Add(h.index, setInt(1)));
         const Float u = wayToNext(h, at.horizontal);
-        const Int run = setInt(vertical.count);
-        const Float first = alongVertical(candela, hn::Add(hn::Mul(h.index, run), vi), s, t);
-        const Float second = alongVertical(candela, hn::Add(hn::Mul(behind, run), vi), s, t);
-        value = hn::Add(hn::Mul(hn::Sub(one, u), first), hn::Mul(u, second));
+        value = hn::Add(hn::Mul(hn::Sub(set(1), u), values(h.index)), hn::Mul(u, values(behind)));
     }
     const Mask isInfinite = hn::Eq(hn::Abs(value), set(std::numeric_limits<float>::infinity()));
     return hn::IfThenElseZero(hn::AndNot(isInfinite, isLit),
@@ -175,36 +199,86 @@ HWY_INLINE Float sampledAs(const CandelaSampler& sampler, Float theta, Float phi
 }
 
 template <Symmetry kSymmetry>
+HWY_INLINE FileDirections directionsOf(const CandelaSampler& sampler, Float theta, Float phi) {
+    const Float toDegrees = set(kDegreesPerRadian);
+    return foldedAs<kSymmetry>(sampler, hn::Mul(phi, toDegrees),
+                               hn::Sub(set(180), hn::Mul(theta, toDegrees)));
+}
+
+template <Symmetry kSymmetry>
 std::size_t sampleVectorsAs(const CandelaSampler& sampler, const float* theta, const float* phi,
                             std::size_t count, float* out) {
     const Floats d;
     std::size_t i = 0;
-    for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d))
-        hn::StoreU(sampledAs<kSymmetry>(sampler, hn::LoadU(d, theta + i), hn::LoadU(d, phi + i)), d,
-                   out + i);
+    for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d)) {
+        const auto at =
+            directionsOf<kSymmetry>(sampler, hn::LoadU(d, theta + i), hn::LoadU(d, phi + i));
+        const VerticalWay way = verticalWayOf(sampler.vertical(), at.vertical);
+        const auto values = [&](Int run) HWY_ATTR { return valuesOfRuns(sampler, run, way); };
+        hn::StoreU(between<kSymmetry>(sampler, at, values), d, out + i);
+    }
     return i;
 }
 
-/// Returns how many directions, from the first on, it has looked up.
-std::size_t sampleVectors(const CandelaSampler& sampler, const float* theta, const float* phi,
-                          std::size_t count, float* out) {
+/// Of one polar angle: the values of all runs are mixed once.
+template <Symmetry kSymmetry>
+std::size_t sampleLevelVectorsAs(const CandelaSampler& sampler, float theta, const float* phi,
+                                 std::size_t count, float* out) {
+    const Floats d;
+    const Ints di;
+    const std::int32_t runs = std::max(sampler.horizontal().count, 1);  // of axial ones the first
+    const Float level = set(theta);
+    const Float vertical =
+        directionsOf<kSymmetry>(sampler, level, hn::Zero(d)).vertical;  // whatever the azimuth
+    const VerticalWay way = verticalWayOf(sampler.vertical(), vertical);
+    HWY_ALIGN float mixed[CandelaSampler::kMostMixedRuns + hn::MaxLanes(d)];
+    for (std::int32_t h = 0; h < runs; h += static_cast<std::int32_t>(hn::Lanes(d))) {
+        const Int run = hn::Min(hn::Iota(di, h), setInt(runs - 1));
+        hn::Store(valuesOfRuns(sampler, run, way), d, mixed + h);
+    }
+    const auto values = [&](Int run) HWY_ATTR { return hn::GatherIndex(Floats(), mixed, run); };
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= count; i += hn::Lanes(d)) {
+        const auto at = directionsOf<kSymmetry>(sampler, level, hn::LoadU(d, phi + i));
+        hn::StoreU(between<kSymmetry>(sampler, at, values), d, out + i);
+    }
+    return i;
+}
+
+/// Calls @p sample with the symmetry of the sampler as a constant.
+template <class Sample>
+HWY_INLINE std::size_t withSymmetry(const CandelaSampler& sampler, Sample sample) {
     switch (sampler.symmetry()) {
         case Symmetry::Axial:
-            return sampleVectorsAs<Symmetry::Axial>(sampler, theta, phi, count, out);
+            return sample(Constant<Symmetry::Axial>());
         case Symmetry::Quadrant:
-            return sampleVectorsAs<Symmetry::Quadrant>(sampler, theta, phi, count, out);
+            return sample(Constant<Symmetry::Quadrant>());
         case Symmetry::Bilateral:
-            return sampleVectorsAs<Symmetry::Bilateral>(sampler, theta, phi, count, out);
+            return sample(Constant<Symmetry::Bilateral>());
         case Symmetry::FacingX:
-            return sampleVectorsAs<Symmetry::FacingX>(sampler, theta, phi, count, out);
+            return sample(Constant<Symmetry::FacingX>());
         case Symmetry::Full:
-            return sampleVectorsAs<Symmetry::Full>(sampler, theta, phi, count, out);
+            return sample(Constant<Symmetry::Full>());
         case Symmetry::Signed:
-            return sampleVectorsAs<Symmetry::Signed>(sampler, theta, phi, count, out);
+            return sample(Constant<Symmetry::Signed>());
         case Symmetry::Dark:
             break;
     }
     return 0;
+}
+
+/// Return how many directions, from the first on, they have looked up.
+std::size_t sampleVectors(const CandelaSampler& sampler, const float* theta, const float* phi,
+                          std::size_t count, float* out) {
+    return withSymmetry(sampler, [=, &sampler](auto symmetry) {
+        return sampleVectorsAs<symmetry()>(sampler, theta, phi, count, out);
+    });
+}
+std::size_t sampleLevelVectors(const CandelaSampler& sampler, float theta, const float* phi,
+                               std::size_t count, float* out) {
+    return withSymmetry(sampler, [=, &sampler](auto symmetry) {
+        return sampleLevelVectorsAs<symmetry()>(sampler, theta, phi, count, out);
+    });
 }
 
 #endif
@@ -219,6 +293,7 @@ namespace rb::kernels {
 namespace {
 
 HWY_EXPORT(sampleVectors);
+HWY_EXPORT(sampleLevelVectors);
 
 }  // namespace
 
@@ -239,6 +314,15 @@ void CandelaSampler::sample(std::span<const float> theta, std::span<const float>
         i = HWY_DYNAMIC_DISPATCH(sampleVectors)(*this, theta.data(), phi.data(), out.size(),
                                                 out.data());
     for (; i < out.size(); ++i) out[i] = candelaAt(m_grid, theta[i], phi[i]);
+}
+
+void CandelaSampler::sampleLevel(float theta, std::span<const float> phi,
+                                 std::span<float> out) const {
+    std::size_t i = 0;
+    if (m_hasVectors && m_horizontal.count <= kMostMixedRuns)
+        i = HWY_DYNAMIC_DISPATCH(sampleLevelVectors)(*this, theta, phi.data(), out.size(),
+                                                     out.data());
+    for (; i < out.size(); ++i) out[i] = candelaAt(m_grid, theta, phi[i]);
 }
 
 }  // namespace rb::kernels

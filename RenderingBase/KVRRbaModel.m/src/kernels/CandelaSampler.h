@@ -26,6 +26,14 @@ public:
     void sample(std::span<const float> theta, std::span<const float> phi,
                 std::span<float> out) const;
 
+    /// So many horizontal angles sampleLevel() takes in vectors; their values stay in the nearest
+    /// cache.
+    static constexpr std::int32_t kMostMixedRuns = 512;
+
+    /// The same of directions with one polar angle, in fewer operations when there are not more
+    /// horizontal angles than that.
+    void sampleLevel(float theta, std::span<const float> phi, std::span<float> out) const;
+
     const CandelaGrid& grid() const { return m_grid; }
     Symmetry symmetry() const { return m_symmetry; }
     const AngleIndex& vertical() const { return m_vertical; }

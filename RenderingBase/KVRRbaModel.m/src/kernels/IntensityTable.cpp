@@ -31,13 +31,24 @@ void spread(std::span<const float> values, std::size_t channels, float* cells) {
 
 void fillRow(const TableDirections& directions, const CandelaSampler& sampler, std::size_t row,
              const TableShape& shape, float* cells) {
+    const Symmetry symmetry = sampler.symmetry();
+    if (symmetry == Symmetry::Dark || (symmetry == Symmetry::Axial && directions.areLevel())) {
+        const float value = candelaAt(sampler.grid(), directions.polarAngle(row), 0);
+        std::fill_n(cells, shape.columns * shape.channels, value);
+        return;
+    }
     std::array<float, kCells> theta, phi, values;
+    const bool isLevel =
+        directions.areLevel() && sampler.horizontal().count <= CandelaSampler::kMostMixedRuns;
     for (std::size_t begin = 0; begin < shape.columns; begin += kCells) {
         const std::size_t count = std::min(kCells, shape.columns - begin);
         directions.compute(row, begin, {theta.data(), count}, {phi.data(), count});
         float* const place = cells + begin * shape.channels;
         float* const to = shape.channels == 1 ? place : values.data();
-        sampler.sample({theta.data(), count}, {phi.data(), count}, {to, count});
+        if (isLevel)
+            sampler.sampleLevel(theta[0], {phi.data(), count}, {to, count});
+        else
+            sampler.sample({theta.data(), count}, {phi.data(), count}, {to, count});
         if (shape.channels != 1) spread({to, count}, shape.channels, place);
     }
 }

@@ -111,9 +111,10 @@ std::size_t rotateVectors(const RowMap& map, const float* cosines, const float* 
                           hn::PromoteTo(wide, hn::UpperHalf(half, s))};
         const Float x = mapped(low, high, map.xc, map.xs, map.x0);
         const Float y = mapped(low, high, map.yc, map.ys, map.y0);
+        hn::StoreU(azimuthOf(y, x), d, phi + i);
+        if (map.isLevel) continue;
         const Float z = mapped(low, high, map.zc, map.zs, map.z0);
         hn::StoreU(inverseCosineOf(z), d, theta + i);
-        hn::StoreU(azimuthOf(y, x), d, phi + i);
     }
     return i;
 }
@@ -175,6 +176,12 @@ TableDirections::TableDirections(const TableShape& shape, const Rotation& rotati
     }
 }
 
+float TableDirections::polarAngle(std::size_t row) const {
+    const float angle = thetaOf(row, m_shape);
+    if (!m_isRotated) return angle;
+    return inverseCosine(static_cast<float>(m_map[2][2] * static_cast<double>(std::cos(angle))));
+}
+
 void TableDirections::compute(std::size_t row, std::size_t begin, std::span<float> theta,
                               std::span<float> phi) const {
     if (m_isRotated) return rotate(row, begin, theta, phi);
@@ -186,9 +193,9 @@ void TableDirections::rotate(std::size_t row, std::size_t begin, std::span<float
                              std::span<float> phi) const {
     const float angle = thetaOf(row, m_shape), cosine = std::cos(angle);
     const double z = static_cast<double>(cosine);
-    const RowMap map{std::sin(angle), m_map[0][0],    m_map[0][1],     m_map[0][2] * z,
-                     m_map[1][0],     m_map[1][1],    m_map[1][2] * z, m_map[2][0],
-                     m_map[2][1],     m_map[2][2] * z};
+    const RowMap map{std::sin(angle), m_map[0][0],     m_map[0][1],     m_map[0][2] * z,
+                     m_map[1][0],     m_map[1][1],     m_map[1][2] * z, m_map[2][0],
+                     m_map[2][1],     m_map[2][2] * z, areLevel()};
     const float* const cosines = m_cosines.data() + begin;
     const float* const sines = m_sines.data() + begin;
     std::size_t i = HWY_DYNAMIC_DISPATCH(rotateVectors)(map, cosines, sines, theta.size(),
@@ -200,6 +207,7 @@ void TableDirections::rotate(std::size_t row, std::size_t begin, std::span<float
         phi[i] = azimuth(static_cast<float>((map.yc * c + map.ys * s) + map.y0),
                          static_cast<float>((map.xc * c + map.xs * s) + map.x0));
     }
+    if (map.isLevel) std::fill(theta.begin(), theta.end(), polarAngle(row));
     for (i = 0; i < phi.size(); ++i)
         if (std::isnan(phi[i]))
             phi[i] = azimuthAtPole(cosines[i] * map.sine, sines[i] * map.sine, cosine, m_rotation);

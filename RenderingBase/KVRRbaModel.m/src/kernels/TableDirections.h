@@ -17,6 +17,7 @@ struct RowMap {
     double xc = 0, xs = 0, x0 = 0;
     double yc = 0, ys = 0, y0 = 0;
     double zc = 0, zs = 0, z0 = 0;
+    bool isLevel = false;  ///< Of one polar angle, which needs no computing for each cell.
 };
 
 /// The directions of the cells of a table, rotated.
@@ -36,6 +37,12 @@ public:
 
     /// False when the rotation has no finite map: directions are no numbers then.
     bool areNumbers() const { return m_areNumbers; }
+
+    /// Whether all cells of a row have one polar angle: not turned, or only about z.
+    bool areLevel() const { return !m_isRotated || (m_map[2][0] == 0 && m_map[2][1] == 0); }
+
+    /// That polar angle.
+    float polarAngle(std::size_t row) const;
 
     /// Angles of the cells of a row from column @p begin on, as many as both spans have.
     void compute(std::size_t row, std::size_t begin, std::span<float> theta,
