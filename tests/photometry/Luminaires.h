@@ -71,6 +71,9 @@ inline std::vector<Luminaire> luminairesOfEveryKind() {
         randomLuminaire("full circle, first angle behind 0", 1, whole, {100, 200, 300}),
         randomLuminaire("full circle, one angle", 1, whole, {300}),
         randomLuminaire("type B", 2, angles(-90, 10, 90), angles(-90, 10, 90)),
+        // Just above 0 the quotient of the way from the first angle and the step is rounded down.
+        randomLuminaire("type B, from far off", 2, angles(-90, 45, 90),
+                        angles(-1006.5F, 30.5F, 1006.5F)),
         randomLuminaire("type B, right half", 2, angles(-90, 10, 90), angles(0, 10, 90)),
         randomLuminaire("type A, upper half", 3, angles(0, 2.5F, 90), {-180, -7, 0, 33, 180}),
         randomLuminaire("type A, quadrant", 3, angles(0, 5, 90), angles(0, 5, 90)),
