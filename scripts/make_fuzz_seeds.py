@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes the seeds of the fuzzer in tests/fuzz/seeds.
+"""Makes the seeds of the fuzzers in tests/fuzz/seeds and tests/fuzz/photometry_seeds.
 
     scripts/make_fuzz_seeds.py              makes all of them
-    scripts/make_fuzz_seeds.py --out DIR    writes elsewhere
+    scripts/make_fuzz_seeds.py --out DIR    writes those folders elsewhere
 
 A seed is a tiny file named <format>_<what>.<extension>. Each is there for something that a reader
 does differently: a compression, a layout, an attribute. Every run writes the same bytes, except that
@@ -19,7 +19,7 @@ import image_writers as write
 import seed_jpeg as jpeg
 import simple_writers as seed
 
-SEEDS = pathlib.Path(__file__).resolve().parent.parent / "tests/fuzz/seeds"
+FUZZ = pathlib.Path(__file__).resolve().parent.parent / "tests/fuzz"
 
 WIDTH, HEIGHT = 12, 5
 
@@ -286,18 +286,59 @@ def ktx2():
     }
 
 
+def photometry():
+    """Photometric text: every symmetry, what versions differ in, and numbers that are hard."""
+    def text(vertical, horizontal, version="IESNA:LM-63-1995", keywords="[MANUFAC] Lamps\n",
+             tilt="TILT=NONE\n", kind=1, lamps="1", multiplier="1", values=None):
+        if values is None:
+            values = [f"{100 + 37 * h + 5 * v * v}" for h in range(len(horizontal))
+                      for v in range(len(vertical))]
+        return (f"{version}\n{keywords}{tilt}{lamps} 1000 {multiplier} {len(vertical)} "
+                f"{len(horizontal)} {kind} 2 0.1 0.2 0.3\n1.5 1 40\n{' '.join(map(str, vertical))}\n"
+                f"{' '.join(map(str, horizontal))}\n{' '.join(values)}\n").encode()
+
+    down, all_down, quarter = range(0, 91, 30), range(0, 181, 45), range(0, 91, 45)
+    around = range(0, 361, 90)
+    included = "TILT=INCLUDE\n1\n3\n0 90 180\n1 0.9 0.8\n"
+    return {
+        "axial": text(all_down, [0]),
+        "quadrant": text(down, quarter, "IESNA91", "[LAMPCAT] a\n[LAMP] b\n[MORE] c\n"),
+        "bilateral": text(down, range(0, 181, 60), "IES LM-63-1991", multiplier="0.5"),
+        "behind": text(down, range(90, 271, 60), lamps="2"),
+        "full": text(all_down, around, "A label line", ""),
+        "open": text(all_down, [0, 50, 200, 340]),
+        "type_b": text(range(-90, 91, 45), range(-90, 91, 45), kind=2),
+        "type_a": text(down, down, kind=3),
+        "tilted": text(down, [0], tilt=included),
+        "commas": text(down, [0]).replace(b" ", b", "),
+        "carriage_returns": text(down, quarter).replace(b"\n", b"\r\n"),
+        "numbers": text([0, "9e1", "180."], [0], values=["1e38", "-1E-40", "+.5"]),
+        "unordered": text([0, 60, 30, 90], [0, 200, 100, 360]),
+        "equal": text([0, 45, 45, 90], [0, 90, 90, 360]),
+        "one_angle": text([90], [0]),
+        "none": text([], []),
+    }
+
+
 FORMATS = (png, jpg, tif, exr, hdr, sgi, pic, bmp, tga, psd, dds, ktx2)
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--out", type=pathlib.Path, default=SEEDS)
+    parser.add_argument("--out", type=pathlib.Path, default=FUZZ)
     out = parser.parse_args().out
-    out.mkdir(parents=True, exist_ok=True)
     for make in FORMATS:
-        for what, content in make().items():
-            name = make.__name__
-            (out / f"{name}_{what}.{name}").write_bytes(content)
+        name = make.__name__
+        write_all(out / "seeds", {f"{name}_{what}.{name}": content
+                                  for what, content in make().items()})
+    write_all(out / "photometry_seeds", {f"{what}.ies": content
+                                         for what, content in photometry().items()})
+
+
+def write_all(folder, files):
+    folder.mkdir(parents=True, exist_ok=True)
+    for name, content in files.items():
+        (folder / name).write_bytes(content)
 
 
 if __name__ == "__main__":

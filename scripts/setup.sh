@@ -28,6 +28,7 @@ packages_for_test=(
     zstd                       # compressed texture levels of other making
     liblcms2-utils             # transicc converts colours as the expectation
     clang libclang-rt-14-dev   # sanitizers
+    libomp-14-dev              # parallel loops built by clang; the thread sanitizer understands it
 )
 packages_for_lint=(
     clang-format               # layout of the sources

@@ -12,7 +12,9 @@
 #include "RenderingBase/host/base/KVRResult.h"
 #include "RenderingBase/host/base/KVRUnicodeString.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 
 struct KVRFileInfo {
     std::int64_t size = 0;              ///< Bytes.
@@ -46,3 +48,12 @@ KVR_EXPORT HRESULT KVRDeleteFile(const KVRUnicodeString& path);
 /// Tells whether this process may use a file or folder.
 /// @param mode  0 exists, 2 may be written, 4 may be read, 6 both; anything else is E_INVALIDARG.
 KVR_EXPORT HRESULT KVRFileAccess(const KVRUnicodeString& path, int mode);
+
+/// Reads a regular file whole.
+/// @param mostBytes  A larger file is refused before anything is read.
+/// @param content    Replaced; empty on failure.
+/// @param reason     Replaced; on failure what was found in place of a readable file, as in "a
+///                   folder".
+/// Errors: E_FAIL; E_OUTOFMEMORY.
+KVR_EXPORT HRESULT KVRReadFile(const KVRUnicodeString& path, std::size_t mostBytes,
+                               std::string& content, std::string& reason);
