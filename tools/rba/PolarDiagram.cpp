@@ -28,9 +28,9 @@ PolarPoint pointAt(PolarPoint center, double degrees, double radius) {
     return {center.x + radius * std::sin(angle), center.y + radius * std::cos(angle)};
 }
 
-/// A number with a step of 1, 2, 2.5 or 5 times a power of ten, so that there are 3 to 5 of them.
+/// A number with a step of 1, 2, 2.5 or 5 times a power of ten, so that there are 2 to 4 of them.
 double ringStepFor(double most) {
-    const double least = most / 5;
+    const double least = most / 4;
     const double power = std::pow(10, std::floor(std::log10(least)));
     for (const double step : {1.0, 2.0, 2.5, 5.0})
         if (step * power >= least * (1 - 1e-9)) return step * power;
@@ -112,7 +112,7 @@ void drawRingLabels(const PolarDiagram& diagram, PolarPainter& painter) {
         painter.text({center.x + kRadius * i / diagram.ringCount - 4, center.y - 6},
                      PolarAnchor::End, PolarInk::Label,
                      shortText(static_cast<float>(diagram.ringStep * i)));
-    painter.text({center.x + 6, center.y - 6}, PolarAnchor::Start, PolarInk::Label, "cd");
+    painter.text({center.x - 6, center.y - 6}, PolarAnchor::End, PolarInk::Label, "cd");
 }
 
 void drawLegend(const PolarDiagram& diagram, PolarPainter& painter) {
