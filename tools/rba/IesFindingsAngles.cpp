@@ -109,7 +109,7 @@ void findOpenCircle(const IESPhotometry& record, std::vector<Finding>& findings)
         {"circle-open", "the full circle ends at " + shortText(last) +
                             ": from there to 360 the last values go on, and do not lead to those "
                             "at 0" +
-                            (isVisible ? ", with a step of up to " + shortText(step) + " cd" : "")});
+                            (isVisible ? ", with a step of up to " + shortText(step, 3) + " cd" : "")});
 }
 
 /// What types A and B make of files that are stored for one side.

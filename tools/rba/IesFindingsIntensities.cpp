@@ -71,20 +71,28 @@ void findInSurvey(const IESPhotometry& record, std::vector<Finding>& findings) {
     findings.push_back({"dark", "every direction is dark: " + reason});
 }
 
-/// Whether the azimuth is black while there is light right beside it.
+/// How far beside a border intensities are looked at, in radians.
+constexpr float kAside = 1e-3F;
+
+/// Whether an intensity of 0 is not what the two beside it lead to.
+bool isBlack(float there, float beside, float farther) {
+    constexpr float kRounding = 1e-2F;  // of angles in single precision, so close to one another
+    return there == 0 && std::abs(2 * beside - farther) > kRounding * std::abs(beside);
+}
+
 bool isBlackSeam(const IESPhotometry& record, float phi) {
-    constexpr float kAside = 1e-3F;
     return std::ranges::any_of(samplesOf(record.verticalAngles), [&](float vertical) {
         const float theta = (180 - vertical) / 180 * kPi;
-        return candelaAt(record, theta, phi) == 0 && candelaAt(record, theta, phi + kAside) != 0;
+        return isBlack(candelaAt(record, theta, phi), candelaAt(record, theta, phi + kAside),
+                       candelaAt(record, theta, phi + 2 * kAside));
     });
 }
 
-/// Whether the pole is black while there is light right beside it.
+/// @param theta  0 or pi.
 bool isBlackPole(const IESPhotometry& record, float theta) {
-    constexpr float kAside = 1e-3F;
-    const float beside = theta == 0 ? kAside : theta - kAside;
-    return candelaAt(record, theta, kPi / 2) == 0 && candelaAt(record, beside, kPi / 2) != 0;
+    const float step = theta == 0 ? kAside : -kAside;
+    return isBlack(candelaAt(record, theta, kPi / 2), candelaAt(record, theta + step, kPi / 2),
+                   candelaAt(record, theta + 2 * step, kPi / 2));
 }
 
 void findBlackBorders(const IESPhotometry& record, std::vector<Finding>& findings) {

@@ -114,11 +114,10 @@ std::string trimmed(std::string_view text) {
     return std::string(text.substr(begin, text.find_last_not_of(kWhiteSpace) + 1 - begin));
 }
 
-std::string shortText(float value) {
-    constexpr int kDigits = 6;
+std::string shortText(float value, int mostDigits) {
     std::array<char, 32> text{};
     const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
-                                   std::chars_format::general, kDigits)
+                                   std::chars_format::general, mostDigits)
                          .ptr;
     return {text.data(), end};
 }

@@ -41,7 +41,7 @@ Peak peakOf(const KVRRbaIESLoader::IESPhotometry& record);  ///< Zeros without i
 /// Without white space at both ends.
 std::string trimmed(std::string_view text);
 
-/// A number of a file as people write it, with 6 digits at most.
-std::string shortText(float value);
+/// A number of a file as people write it.
+std::string shortText(float value, int mostDigits = 6);
 
 }  // namespace rb::cli

@@ -28,12 +28,15 @@ PolarPoint pointAt(PolarPoint center, double degrees, double radius) {
     return {center.x + radius * std::sin(angle), center.y + radius * std::cos(angle)};
 }
 
-/// A number with a step of 1, 2, 2.5 or 5 times a power of ten, so that there are 2 to 4 of them.
+/// Rounding may put a value beyond a ring by as much.
+constexpr double kTolerance = 1e-4;
+
+/// 1, 2, 2.5 or 5 times a power of ten, so that there are 2 to 4 of them.
 double ringStepFor(double most) {
     const double least = most / 4;
     const double power = std::pow(10, std::floor(std::log10(least)));
     for (const double step : {1.0, 2.0, 2.5, 5.0})
-        if (step * power >= least * (1 - 1e-9)) return step * power;
+        if (step * power >= least * (1 - kTolerance)) return step * power;
     return 10 * power;
 }
 
@@ -156,7 +159,7 @@ PolarDiagram polarDiagramOf(const std::string& path, const Photometry& photometr
         }
     if (most <= 0) throw Failure(path, "expected light in the planes to draw, found none");
     diagram.ringStep = ringStepFor(most);
-    diagram.ringCount = static_cast<int>(std::ceil(most / diagram.ringStep * (1 - 1e-9)));
+    diagram.ringCount = static_cast<int>(std::ceil(most / diagram.ringStep * (1 - kTolerance)));
     return diagram;
 }
 
