@@ -1,5 +1,6 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
+#include "tools/rba/Images.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/OutputFile.h"
 #include "tools/rba/Paths.h"
@@ -12,15 +13,22 @@ struct PlotArguments {
     std::string in, out;
 };
 
-int runPlot(Context& context, const PlotArguments& arguments) {
-    const std::string extension = lowerExtension(arguments.out);
-    if (extension != "svg")
-        throw UsageError(named(arguments.out) +
-                         ": expected a name that ends in svg, found '" + extension + "'");
-    const PolarDiagram diagram = polarDiagramOf(arguments.in, loadPhotometry(arguments.in));
-    OutputFile file(typedPath(frameworkPath(arguments.out)));
+void writeSvg(const std::string& path, const PolarDiagram& diagram) {
+    OutputFile file(typedPath(frameworkPath(path)));
     file.write(polarSvg(diagram, SvgUse::File));
     file.commit();
+}
+
+int runPlot(Context& context, const PlotArguments& arguments) {
+    const std::string extension = lowerExtension(arguments.out);
+    if (extension != "svg" && extension != "png")
+        throw UsageError(named(arguments.out) +
+                         ": expected a name that ends in svg or png, found '" + extension + "'");
+    const PolarDiagram diagram = polarDiagramOf(arguments.in, loadPhotometry(arguments.in));
+    if (extension == "svg")
+        writeSvg(arguments.out, diagram);
+    else
+        writeImage(*polarImage(diagram).Get(), arguments.out, "PNG");
     if (context.json)
         printJson(*context.out, {{"path", arguments.out}});
     else if (!context.quiet)

@@ -2,6 +2,8 @@
 
 /// @file  The polar diagram of a luminaire: intensity in two planes through its axis.
 
+#include "RenderingBase/host/imaging/KVRPixelImage.h"
+#include "RenderingBase/host/modeler/KVRVar.h"
 #include "tools/rba/Photometry.h"
 
 #include <span>
@@ -68,5 +70,8 @@ void draw(const PolarDiagram& diagram, PolarPainter& painter);
 /// How SVG is used: as a file of its own with its colours, or in a page that has them.
 enum class SvgUse { File, Page };
 std::string polarSvg(const PolarDiagram& diagram, SvgUse use);
+
+/// RGB, two pixels to a unit of the drawing. Throws Failure without memory.
+KVRVar<KVRPixelImage> polarImage(const PolarDiagram& diagram);
 
 }  // namespace rb::cli
