@@ -4,12 +4,24 @@
 namespace rb::test {
 namespace {
 
-const std::vector<std::string> kKeys = {
-    "path",           "formatVersion",       "versionText",        "manufacturer",
-    "luminaire",      "lamp",                "luminaireCatalogue", "lampCatalogue",
-    "verticalAngleCount", "horizontalAngleCount", "photometricType", "ballastFactor",
-    "intensityScale", "inputWatts",          "filePath",           "verticalAngles",
-    "horizontalAngles", "candelaValues"};
+const std::vector<std::string> kKeys = {"path",
+                                        "formatVersion",
+                                        "versionText",
+                                        "manufacturer",
+                                        "luminaire",
+                                        "lamp",
+                                        "luminaireCatalogue",
+                                        "lampCatalogue",
+                                        "verticalAngleCount",
+                                        "horizontalAngleCount",
+                                        "photometricType",
+                                        "ballastFactor",
+                                        "intensityScale",
+                                        "inputWatts",
+                                        "filePath",
+                                        "verticalAngles",
+                                        "horizontalAngles",
+                                        "candelaValues"};
 
 IesBuilder namedLuminaire() {
     IesBuilder ies;
@@ -106,9 +118,9 @@ TEST(IesInfo, files_that_cannot_be_read_are_told_and_do_not_keep_the_others) {
     const std::string text = IesBuilder().build();
     const std::string cut = folder.write("cut.ies", text.substr(0, text.size() - 4));
     const std::string missing = folder.file("missing.ies");
-    for (const std::string& bad : {cut, missing, folder.write("empty.ies"),
-                                   folder.write("text.ies", "no\nphotometry\nhere\n"),
-                                   folder.path().string()}) {
+    for (const std::string& bad :
+         {cut, missing, folder.write("empty.ies"),
+          folder.write("text.ies", "no\nphotometry\nhere\n"), folder.path().string()}) {
         const RbaResult result = runRba({"ies", "info", bad, good});
         EXPECT_EQ(result.status, 1);
         EXPECT_TRUE(isErrorLine(result.err, bad));

@@ -1,6 +1,9 @@
 #include "tests/cli/RunRba.h"
+#include "tests/cli/TextureFiles.h"
 #include "tests/photometry/IesBuilder.h"
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <regex>
 
@@ -11,7 +14,8 @@ class IesPlot : public testing::Test {
 protected:
     std::string plotted(const IesBuilder& ies, const char* name = "out.svg") {
         const std::string out = m_folder.file(name);
-        const RbaResult result = runRba({"ies", "plot", m_folder.write("in.ies", ies.build()), out});
+        const RbaResult result =
+            runRba({"ies", "plot", m_folder.write("in.ies", ies.build()), out});
         EXPECT_EQ(result.status, 0) << result.err;
         EXPECT_EQ(result.out, out + "\n");
         return readFile(out);
@@ -61,9 +65,9 @@ IesBuilder halfCircle() {
 
 TEST_F(IesPlot, names_rings_rays_and_planes) {
     const std::string svg = plotted(halfCircle());
-    for (const char* text : {"Lantern &lt;2&gt;", "Lamps &amp; Sons, Bulb", "25", "50", "75", "100",
-                             "cd", "0°", "30°", "60°", "90°", "C180 - C0", "C270 - C90",
-                             "Peak 100 cd at vertical 0°, horizontal 0°"})
+    for (const char* text :
+         {"Lantern &lt;2&gt;", "Lamps &amp; Sons, Bulb", "25", "50", "75", "100", "cd", "0°", "30°",
+          "60°", "90°", "C180 - C0", "C270 - C90", "Peak 100 cd at vertical 0°, horizontal 0°"})
         EXPECT_TRUE(hasText(svg, text)) << text;
     EXPECT_FALSE(hasText(svg, "120°"));  // no light above the horizon
 }
@@ -79,7 +83,7 @@ TEST_F(IesPlot, planes_show_what_the_maker_measured) {
         left = std::max(left, 320 - place.x);
     }
     // Tables are black at the azimuths of this plane; the drawing is not.
-    EXPECT_NEAR(left / right, 0.25, 0.15);  // the widest place to the left is above 90 degrees
+    EXPECT_NEAR(left / right, 0.25, 0.15);   // the widest place to the left is above 90 degrees
     EXPECT_NEAR(first.front().x, 320, 0.1);  // from the middle, and back to it
     EXPECT_NEAR(first.back().x, 320, 0.1);
     EXPECT_NEAR(first[1].x, 320 - right / 4, 0.5);
@@ -108,6 +112,39 @@ TEST_F(IesPlot, half_that_types_a_and_b_leave_dark_is_drawn) {
         EXPECT_NEAR(plane[1].x - 320, 320 - plane[plane.size() - 2].x, 0.1);
         EXPECT_GT(widest(plane), 20);
     }
+}
+
+TEST_F(IesPlot, picture_has_the_planes_of_the_drawing) {
+    IesBuilder ies = halfCircle();
+    plotted(ies, "out.svg");
+    plotted(ies, "out.png");
+    const std::string svg = readFile(folder().file("out.svg"));
+    const PictureFile picture(folder().file("out.png"));
+    ASSERT_EQ(picture.width(), 1280);  // two pixels to a unit
+    const auto isLike = [&picture](const Place& place, PictureFile::Pixel color) {
+        const auto at = picture.at(static_cast<int>(2 * place.x), static_cast<int>(2 * place.y));
+        for (std::size_t i = 0; i < 3; ++i)
+            if (std::abs(at[i] - color[i]) > 40) return false;
+        return true;
+    };
+    // The second plane is drawn last; the dashes leave 4 of 11 parts free.
+    const std::vector<Place> second = outlineOf(svg, "second");
+    const auto drawn = std::count_if(second.begin(), second.end(), [&](const Place& place) {
+        return isLike(place, {180, 83, 31, 255});
+    });
+    EXPECT_GT(drawn, static_cast<std::ptrdiff_t>(second.size() / 2));
+    EXPECT_LT(drawn, static_cast<std::ptrdiff_t>(second.size() * 9 / 10));
+    int covered = 0, all = 0;
+    for (const Place& place : outlineOf(svg, "first")) {
+        if (place.x < 330) continue;  // where the second plane is not
+        ++all;
+        covered += isLike(place, {11, 110, 117, 255});
+    }
+    EXPECT_GT(covered, all * 9 / 10);
+    EXPECT_TRUE(isLike({4, 4}, {255, 255, 255, 255}));
+    bool hasInk = false;  // the title
+    for (int x = 64; x < 200; ++x) hasInk |= picture.at(x, 70)[0] < 60;
+    EXPECT_TRUE(hasInk);
 }
 
 TEST_F(IesPlot, hostile_names_are_escaped) {

@@ -23,15 +23,18 @@ IesBuilder lantern() {
 class IesTable : public testing::Test {
 protected:
     RbaResult make(const std::string& name, const Arguments& more = {}) const {
-        Arguments arguments = {"--json",  "ies", "table",  m_in, "--theta",
-                               std::to_string(kTheta), "--phi", std::to_string(kPhi), "-o",
-                               m_folder.file(name)};
+        Arguments arguments = {"--json",  "ies",
+                               "table",   m_in,
+                               "--theta", std::to_string(kTheta),
+                               "--phi",   std::to_string(kPhi),
+                               "-o",      m_folder.file(name)};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return runRba(arguments);
     }
     std::vector<float> expected(int channels, const KVRMathVector& orientation = {0, 0, 0}) const {
         std::vector<float> table(static_cast<std::size_t>(kTheta * kPhi * channels));
-        EXPECT_EQ(KVRRbaIESLoader::loadIES(KVRUnicodeString(m_in), kTheta, kPhi, channels, orientation, table.data()),
+        EXPECT_EQ(KVRRbaIESLoader::loadIES(KVRUnicodeString(m_in), kTheta, kPhi, channels,
+                                           orientation, table.data()),
                   S_OK);
         return table;
     }
@@ -174,8 +177,8 @@ TEST_F(IesTable, wrong_usage_is_told_before_anything_is_read) {
 TEST_F(IesTable, what_is_too_large_or_cannot_be_read_or_written_is_told) {
     const std::string in = folder().file("in.ies"), out = folder().file("out.bin");
     const auto run = [&](const std::string& path, const char* theta, const std::string& to) {
-        return runRba({"ies", "table", path, std::string("--theta=") + theta, "--phi=16384", "-o",
-                       to});
+        return runRba(
+            {"ies", "table", path, std::string("--theta=") + theta, "--phi=16384", "-o", to});
     };
     const RbaResult large = run(in, "16385", out);  // 2^28 values and a row
     EXPECT_EQ(large.status, 1);

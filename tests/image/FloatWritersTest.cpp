@@ -101,7 +101,8 @@ TEST(ExrWriter, another_program_reads_the_same_values) {
     for (const int channels : {1, 3, 4})
         for (const int width : {1, 7, 130}) {
             const FloatPicture picture = randomPicture(width, 37, channels);
-            expectSame(writtenAs(folder, picture, "EXR"), folder.write("by-hand.tif", picture.tiff()));
+            expectSame(writtenAs(folder, picture, "EXR"),
+                       folder.write("by-hand.tif", picture.tiff()));
         }
 }
 

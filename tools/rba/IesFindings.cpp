@@ -68,10 +68,10 @@ void findInHeader(const Photometry& photometry, std::vector<Finding>& findings) 
     const auto& rest = photometry.rest;
     const auto& record = photometry.record;
     if (rest.lumensPerLamp == -1 && rest.lampCount > 1)
-        findings.push_back(
-            {"absolute-lamps", "the photometry is absolute (lumens are -1), and yet intensities "
-                               "are multiplied by the number of lamps, " +
-                                   std::to_string(rest.lampCount)});
+        findings.push_back({"absolute-lamps",
+                            "the photometry is absolute (lumens are -1), and yet intensities "
+                            "are multiplied by the number of lamps, " +
+                                std::to_string(rest.lampCount)});
     if (record.photometricType < kTypeC || record.photometricType > kTypeA)
         findings.push_back({"type-unknown", "the photometric type is " +
                                                 std::to_string(record.photometricType) +

@@ -14,10 +14,10 @@ bool ascend(const Angles& angles) { return std::is_sorted(angles.begin(), angles
 void findInOrder(const std::string& kind, const Angles& angles, std::vector<Finding>& findings) {
     const auto back = std::is_sorted_until(angles.begin(), angles.end());
     if (back != angles.end())
-        findings.push_back({"angles-out-of-order",
-                            "the " + kind + " angles do not ascend, " + shortText(*back) +
-                                " follows " + shortText(back[-1]) +
-                                ": intensities are looked up in wrong places"});
+        findings.push_back(
+            {"angles-out-of-order", "the " + kind + " angles do not ascend, " + shortText(*back) +
+                                        " follows " + shortText(back[-1]) +
+                                        ": intensities are looked up in wrong places"});
     const auto twice = std::adjacent_find(angles.begin(), angles.end());
     if (twice != angles.end())
         findings.push_back({"repeated-angle", "the " + kind + " angle " + shortText(*twice) +
@@ -36,21 +36,21 @@ std::string both(const std::string& first, const std::string& second) {
 
 void findInVerticalRange(const Angles& angles, std::vector<Finding>& findings) {
     const float first = angles.front(), last = angles.back();
-    const bool isUsual = (first == 0 && (last == 90 || last == 180)) || (first == 90 && last == 180);
+    const bool isUsual =
+        (first == 0 && (last == 90 || last == 180)) || (first == 90 && last == 180);
     if (isUsual) return;
     const std::string dark = both(range(0, first), range(last, 180));
-    findings.push_back({"vertical-range", "the vertical angles go from " + shortText(first) +
-                                              " to " + shortText(last) + ": " +
-                                              (dark.empty() ? "what is beyond 0 to 180 is not used"
-                                                            : dark + " are dark")});
+    findings.push_back(
+        {"vertical-range",
+         "the vertical angles go from " + shortText(first) + " to " + shortText(last) + ": " +
+             (dark.empty() ? "what is beyond 0 to 180 is not used" : dark + " are dark")});
 }
 
 /// What is not as it should be with angles that are to go from @p least to @p most.
 std::string gapsIn(const Angles& angles, float least, float most, bool isDarkBehind) {
     const float first = angles.front(), last = angles.back();
     std::string text;
-    if (first > least)
-        text = range(least, first) + " continue the slope of the first two angles";
+    if (first > least) text = range(least, first) + " continue the slope of the first two angles";
     if (first < least) text = range(first, least) + " are not used";
     if (last < most && isDarkBehind)
         text += (text.empty() ? "" : ", ") + range(last, most) + " are dark";
@@ -83,10 +83,9 @@ void findInHorizontalRange(const IESPhotometry& record, std::vector<Finding>& fi
             break;
     }
     if (gaps.empty()) return;
-    findings.push_back({"horizontal-range", "the horizontal angles go from " +
-                                                shortText(angles.front()) + " to " +
-                                                shortText(angles.back()) + ", not " + usual +
-                                                ": " + gaps});
+    findings.push_back(
+        {"horizontal-range", "the horizontal angles go from " + shortText(angles.front()) + " to " +
+                                 shortText(angles.back()) + ", not " + usual + ": " + gaps});
 }
 
 /// How far the intensities just before 360 are from those at 0, in candelas.
@@ -106,10 +105,11 @@ void findOpenCircle(const IESPhotometry& record, std::vector<Finding>& findings)
     const float step = stepAtAzimuth0(record);
     const bool isVisible = step > 1e-3F * peakOf(record).candela;
     findings.push_back(
-        {"circle-open", "the full circle ends at " + shortText(last) +
-                            ": from there to 360 the last values go on, and do not lead to those "
-                            "at 0" +
-                            (isVisible ? ", with a step of up to " + shortText(step, 3) + " cd" : "")});
+        {"circle-open",
+         "the full circle ends at " + shortText(last) +
+             ": from there to 360 the last values go on, and do not lead to those "
+             "at 0" +
+             (isVisible ? ", with a step of up to " + shortText(step, 3) + " cd" : "")});
 }
 
 /// What types A and B make of files that are stored for one side.

@@ -100,12 +100,13 @@ void findBlackBorders(const IESPhotometry& record, std::vector<Finding>& finding
         return std::string(isFirst ? first : "") + (isFirst && isSecond ? " and " : "") +
                (isSecond ? second : "");
     };
-    const std::string seam =
-        joined(isBlackSeam(record, 0), "azimuth 0", isBlackSeam(record, kPi), "azimuth 180");
+    const bool isFirst = isBlackSeam(record, 0);
+    const std::string seam = joined(isFirst, "azimuth 0", isBlackSeam(record, kPi), "azimuth 180");
     if (!seam.empty())
-        findings.push_back({"black-seam", seam + ": exactly there the intensity is 0, as in all "
-                                                 "files for half a circle; the table has a black "
-                                                 "line"});
+        findings.push_back({"black-seam", seam +
+                                              ": exactly there the intensity is 0, as in all "
+                                              "files for half a circle" +
+                                              (isFirst ? "; column 0 of a table is black" : "")});
     const std::string poles = joined(isBlackPole(record, 0), "straight up (row 0 of a table)",
                                      isBlackPole(record, kPi), "straight down");
     if (!poles.empty())

@@ -143,8 +143,7 @@ private:
         const auto values = std::make_unique_for_overwrite<float[]>(valueCount());
         resample(photometry, values.get());
         const std::span<const float> table(values.get(), valueCount());
-        write(m_arguments.out,
-              {table, m_arguments.theta, m_arguments.phi, m_arguments.channels});
+        write(m_arguments.out, {table, m_arguments.theta, m_arguments.phi, m_arguments.channels});
         return extentOf(table);
     }
 

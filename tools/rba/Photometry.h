@@ -25,7 +25,13 @@ inline constexpr int kTypeC = 1, kTypeB = 2, kTypeA = 3;
 bool hasIntensities(const KVRRbaIESLoader::IESPhotometry& record);
 
 /// How a file of type C covers the circle, which its last horizontal angle tells.
-enum class Circle { Axial, Quadrant, FrontHalf, SideHalf, Whole };
+enum class Circle {
+    Axial,
+    Quadrant,
+    FrontHalf,
+    SideHalf,
+    Whole
+};
 Circle circleOf(const KVRRbaIESLoader::IESPhotometry& record);  ///< Has horizontal angles.
 
 /// The intensity in the direction of two angles as the file counts them, in candelas.

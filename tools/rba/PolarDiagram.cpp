@@ -136,9 +136,7 @@ void drawLegend(const PolarDiagram& diagram, PolarPainter& painter) {
 
 double PolarDiagram::width() const { return kWidth; }
 
-double PolarDiagram::height() const {
-    return centerOf(*this).y + kRadius + kLabelGap + kFooter;
-}
+double PolarDiagram::height() const { return centerOf(*this).y + kRadius + kLabelGap + kFooter; }
 
 PolarDiagram polarDiagramOf(const std::string& path, const Photometry& photometry) {
     const IESPhotometry& record = photometry.record;

@@ -18,8 +18,18 @@ struct PolarPoint {
 };
 
 /// What a part of the drawing is, which decides how it looks.
-enum class PolarInk { Grid, FirstPlane, SecondPlane, Label, Title };
-enum class PolarAnchor { Start, Middle, End };
+enum class PolarInk {
+    Grid,
+    FirstPlane,
+    SecondPlane,
+    Label,
+    Title
+};
+enum class PolarAnchor {
+    Start,
+    Middle,
+    End
+};
 
 /// What a diagram is drawn with.
 class PolarPainter {
@@ -68,7 +78,10 @@ PolarDiagram polarDiagramOf(const std::string& typedPath, const Photometry& phot
 void draw(const PolarDiagram& diagram, PolarPainter& painter);
 
 /// How SVG is used: as a file of its own with its colours, or in a page that has them.
-enum class SvgUse { File, Page };
+enum class SvgUse {
+    File,
+    Page
+};
 std::string polarSvg(const PolarDiagram& diagram, SvgUse use);
 
 /// RGB, two pixels to a unit of the drawing. Throws Failure without memory.

@@ -20,15 +20,16 @@ float inside(float angle, const std::vector<float>& angles) {
 }
 
 /// The angles of the file in their order, and others between where they are far apart: in polar
-/// coordinates what is linear between two angles is bent.
+/// coordinates what is linear between two angles is bent. None beyond a circle.
 std::vector<float> sampledAngles(std::vector<float> angles) {
-    constexpr float kClosest = 0.05F, kFarthest = 1;
+    constexpr float kClosest = 0.05F, kFarthest = 1, kCircle = 360;
+    for (float& angle : angles) angle = std::clamp(angle, -kCircle, kCircle);
     std::sort(angles.begin(), angles.end());
     std::vector<float> sampled{angles.front()};
     for (const float next : angles) {
         const float from = sampled.back(), gap = next - from;
         if (gap < kClosest) continue;
-        const float steps = std::ceil(std::min(gap, 720.0F) / kFarthest);
+        const float steps = std::ceil(gap / kFarthest);
         for (float i = 1; i < steps; ++i) sampled.push_back(from + gap * i / steps);
         sampled.push_back(next);
     }
@@ -62,9 +63,8 @@ PolarCurve curveOf(std::string name, const Values& left, const Values& right) {
 
 std::vector<PolarCurve> planesOfTypeC(const IESPhotometry& record) {
     const auto half = [&record](float azimuth) {
-        return sideOf(record.verticalAngles, 180, [&](float vertical) {
-            return candelaAtAngles(record, vertical, azimuth);
-        });
+        return sideOf(record.verticalAngles, 180,
+                      [&](float vertical) { return candelaAtAngles(record, vertical, azimuth); });
     };
     if (circleOf(record) == Circle::Axial) {
         const Values side = half(0);
@@ -89,9 +89,8 @@ std::vector<PolarCurve> planesOfTypesAAndB(const IESPhotometry& record) {
     const float middle = inside(kInside, record.horizontalAngles);
     return {planeOf("vertical plane", record.verticalAngles,
                     [&](float vertical) { return candelaAtAngles(record, vertical, middle); }),
-            planeOf("horizontal plane", record.horizontalAngles, [&](float horizontal) {
-                return candelaAtAngles(record, level, horizontal);
-            })};
+            planeOf("horizontal plane", record.horizontalAngles,
+                    [&](float horizontal) { return candelaAtAngles(record, level, horizontal); })};
 }
 
 }  // namespace

@@ -38,8 +38,8 @@ class SvgPainter final : public PolarPainter {
 public:
     void line(PolarPoint from, PolarPoint to, PolarInk ink) override {
         m_text += "<line class=\"" + std::string(classOf(ink)) + "\" x1=\"" + units(from.x) +
-                  "\" y1=\"" + units(from.y) + "\" x2=\"" + units(to.x) + "\" y2=\"" +
-                  units(to.y) + "\"/>\n";
+                  "\" y1=\"" + units(from.y) + "\" x2=\"" + units(to.x) + "\" y2=\"" + units(to.y) +
+                  "\"/>\n";
     }
     void ring(PolarPoint center, double radius, bool isWhole) override {
         const std::string r = units(radius);
@@ -64,8 +64,7 @@ public:
         constexpr const char* kAnchors[] = {"start", "middle", "end"};
         m_text += "<text class=\"" + std::string(classOf(ink)) + "\" x=\"" + units(at.x) +
                   "\" y=\"" + units(at.y) + "\" text-anchor=\"" +
-                  kAnchors[static_cast<int>(anchor)] + "\">" + tour::escapeHtml(text) +
-                  "</text>\n";
+                  kAnchors[static_cast<int>(anchor)] + "\">" + tour::escapeHtml(text) + "</text>\n";
     }
 
     const std::string& result() const { return m_text; }

@@ -39,13 +39,13 @@ struct StrokeCanvas::Mask {
         return Mask(cut(std::floor(x1 - margin), width), cut(std::floor(y1 - margin), height),
                     cut(std::ceil(x2 + margin), width), cut(std::ceil(y2 + margin), height));
     }
-    Mask(int l, int t, int r, int b) : left(l), top(t), right(std::max(l, r)), bottom(std::max(t, b)) {
+    Mask(int l, int t, int r, int b)
+        : left(l), top(t), right(std::max(l, r)), bottom(std::max(t, b)) {
         coverage.resize(static_cast<std::size_t>(right - left) *
                         static_cast<std::size_t>(bottom - top));
     }
     float& at(int x, int y) {
-        return coverage[static_cast<std::size_t>(y - top) *
-                            static_cast<std::size_t>(right - left) +
+        return coverage[static_cast<std::size_t>(y - top) * static_cast<std::size_t>(right - left) +
                         static_cast<std::size_t>(x - left)];
     }
     void addLine(StrokePoint from, StrokePoint to, double lineWidth);
@@ -86,8 +86,8 @@ StrokeCanvas::StrokeCanvas(int width, int height)
 void StrokeCanvas::cover(const Mask& mask, const Ink& ink) {
     const float* coverage = mask.coverage.data();
     for (int y = mask.top; y < mask.bottom; ++y) {
-        unsigned char* pixel =
-            m_image->GetPixelsToModify() + 3 * (static_cast<std::ptrdiff_t>(y) * m_width + mask.left);
+        unsigned char* pixel = m_image->GetPixelsToModify() +
+                               3 * (static_cast<std::ptrdiff_t>(y) * m_width + mask.left);
         for (int x = mask.left; x < mask.right; ++x, pixel += 3) {
             const double share = ink.opacity * static_cast<double>(std::min(*coverage++, 1.0F));
             for (std::size_t i = 0; i < 3; ++i)

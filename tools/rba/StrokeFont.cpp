@@ -39,7 +39,7 @@ constexpr std::array<std::string_view, 95> kGlyphs{
 // clang-format on
 constexpr std::string_view kDegree = "~1q0q0n2n2q1q", kBox = "0e0q6q6e0e";
 
-constexpr double kCapital = 6;             // units
+constexpr double kCapital = 6;              // units
 constexpr double kBlank = 2.4, kGap = 1.5;  // a blank, and the room behind a letter
 
 /// Cuts the corners (G. Chaikin, "An algorithm for high-speed curve generation", 1974).

@@ -1,7 +1,7 @@
 #include "tools/rba/TableFile.h"
 
-#include "tools/rba/OutputFile.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/OutputFile.h"
 #include "tools/rba/Paths.h"
 
 #include <bit>

@@ -32,7 +32,7 @@ struct WritableFormat {
     const char* name;
     rb::imaging::WriteFunction write;
     bool keepsAlpha;
-    ColorSpace ofGrey;  // which profiles are for the grey that is stored
+    ColorSpace ofGrey;         // which profiles are for the grey that is stored
     bool takesFloats = false;  // and nothing else
 };
 

@@ -69,7 +69,8 @@ void writeTable(const Photometry& photometry, const KVRMathVector& orientation,
 }
 
 void writeFindings(const std::vector<Finding>& findings, Html& page) {
-    page << R"(<figure class="checked"><figcaption><b>What <code>rba ies check</code> says</b></figcaption>
+    page
+        << R"(<figure class="checked"><figcaption><b>What <code>rba ies check</code> says</b></figcaption>
 <ul class="findings">)"_html;
     for (const Finding& finding : findings)
         page << "<li>"_html << finding.message << " <code>"_html << finding.code
@@ -83,8 +84,7 @@ void writeLuminaire(const fs::path& path, const TourInput& input, Html& page) tr
     const Clock::time_point start = Clock::now();
     const Photometry photometry = loadPhotometry(path.string());
     const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
-    const std::string drawing =
-        polarSvg(polarDiagramOf(path.string(), photometry), SvgUse::Page);
+    const std::string drawing = polarSvg(polarDiagramOf(path.string(), photometry), SvgUse::Page);
     Html part;
     part << "<article class=\"luminaire\"><div class=\"tables\"><figure><h3><code>"_html << name
          << "</code>, read in "_html << millisecondsText(taken.count()) << "</h3>"_html
@@ -92,8 +92,8 @@ void writeLuminaire(const fs::path& path, const TourInput& input, Html& page) tr
     writeFindings(findingsOf(photometry), part);
     part << "</div><div class=\"tables\">"_html;
     writeTable(photometry, kUpright, "The table", name, input, part);
-    writeTable(photometry, kTilted, "The table of the luminaire turned by 45° about y", name,
-               input, part);
+    writeTable(photometry, kTilted, "The table of the luminaire turned by 45° about y", name, input,
+               part);
     part << "</div></article>\n"_html;
     page << part;
 } catch (const Failure& failure) {

@@ -43,8 +43,7 @@ Rgbe encoded(const std::array<float, 3>& color) {
     if (largest == 0 || exponent + kExponentBias < 1) return {};
     Rgbe pixel{};
     for (std::size_t i = 0; i < 3; ++i)
-        pixel[i] =
-            static_cast<unsigned char>(std::nearbyint(std::ldexp(values[i], 8 - exponent)));
+        pixel[i] = static_cast<unsigned char>(std::nearbyint(std::ldexp(values[i], 8 - exponent)));
     pixel[3] = static_cast<unsigned char>(exponent + kExponentBias);
     return pixel;
 }

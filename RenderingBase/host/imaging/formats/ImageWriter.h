@@ -19,7 +19,7 @@ namespace rb::imaging {
 struct WritablePicture {
     int width = 0;
     int height = 0;
-    int channels = 0;  ///< 1 to 4.
+    int channels = 0;     ///< 1 to 4.
     int sampleBytes = 1;  ///< 4 for floats.
     const std::byte* pixels = nullptr;
     Resolution resolution;
