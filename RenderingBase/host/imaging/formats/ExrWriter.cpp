@@ -13,9 +13,9 @@
 #include <ImfIO.h>
 #include <ImfOutputFile.h>
 #include <ImfStandardAttributes.h>
+#include <cstdio>
 #include <exception>
 #include <stdexcept>
-#include <stdio.h>
 
 namespace rb::imaging {
 namespace {
