@@ -150,8 +150,9 @@ void addIesInfo(CLI::App& group, Context& context) {
     auto [command, arguments] = addCommand<InfoArguments>(
         group, context, runInfo,
         {"info",
-         "Show what photometric files (IESNA LM-63) say: the luminaire, its angles, its symmetry "
-         "and its brightest direction. Angles are degrees as the file counts them, the peak is in "
+         "Show what photometric files (IESNA LM-63) say. That is the luminaire, its angles, its "
+         "symmetry and its brightest direction. Angles are degrees as the file counts them, the "
+         "peak is in "
          "candelas with the scale applied. JSON has all angles and the candela values without the "
          "scale.",
          "rba ies info street.ies\nrba --json ies info lamps/*.ies"});

@@ -42,10 +42,10 @@ void addIesPlot(CLI::App& group, Context& context) {
     auto [command, arguments] = addCommand<PlotArguments>(
         group, context, runPlot,
         {"plot",
-         "Draw the polar diagram of a photometric file: the planes C0/C180 and C90/C270 (of types "
-         "A and B those through the axis), rings in candelas, the luminaire, its maker and its "
-         "lamp by name. Planes show the values of the file, without what tables leave dark. The "
-         "extension of OUT chooses the format.",
+         "Draw the polar diagram of a photometric file. It shows the planes C0/C180 and C90/C270 "
+         "(of types A and B those through the axis), with rings in candelas, and names the "
+         "luminaire, its maker and its lamp. Planes have the values of the file, without what "
+         "tables leave dark. The extension of OUT chooses the format.",
          "rba ies plot street.ies street.svg\nrba ies plot street.ies street.png"});
     addArgument(command, "PATH", arguments.in, "Photometric file");
     addArgument(command, "OUT", arguments.out, "File to write: svg or png");

@@ -1,7 +1,8 @@
 // Writing of OpenEXR pictures: one part of scanlines, 32-bit float channels, compressed by ZIP (16
 // rows to a block, nothing is lost). Grey is a channel "Y", colours are "R", "G" and "B", alpha is
-// "A". Source: OpenEXR, "Technical Introduction" and "The OpenEXR File Layout". Values go out as
-// they are: nothing is multiplied by alpha, though the format expects it.
+// "A"; there are no float pictures of grey with alpha. Source: OpenEXR, "Technical Introduction"
+// and "The OpenEXR File Layout". Values go out as they are: nothing is multiplied by alpha, though
+// the format expects it.
 
 #include "RenderingBase/host/imaging/formats/ExrThreads.h"
 #include "RenderingBase/host/imaging/formats/ImageWriter.h"
@@ -43,9 +44,8 @@ private:
 
 /// Names of the channels in the order in which they stand in memory.
 const char* channelName(int channels, int index) {
-    constexpr const char* kGrey[] = {"Y", "A"};
     constexpr const char* kColors[] = {"R", "G", "B", "A"};
-    return channels < 3 ? kGrey[index] : kColors[index];
+    return channels == 1 ? "Y" : kColors[index];
 }
 
 Imf::Header headerFor(const WritablePicture& picture) {
