@@ -128,6 +128,22 @@ TEST_F(IesCheck, borders_of_half_circles_are_black) {
     EXPECT_EQ(codesOf(dark.build()), (Codes{"black-seam", "black-pole"}));
 }
 
+TEST_F(IesCheck, black_column_and_row_are_those_of_the_table) {
+    IesBuilder ies;
+    ies.horizontal = {0, 90, 180};
+    ies.candela.assign(9, 5);
+    const std::string path = folder().write("a.ies", ies.build());
+    const std::string text = runRba({"ies", "check", path}).out;
+    EXPECT_NE(text.find("column 0 of a table is black"), std::string::npos) << text;
+    EXPECT_NE(text.find("straight up (row 0 of a table)"), std::string::npos) << text;
+    const std::string out = folder().file("a.json");
+    ASSERT_EQ(runRba({"ies", "table", path, "--theta=8", "--phi=12", "-o", out}).status, 0);
+    const Json values = Json::parse(readFile(out))["values"];
+    for (std::size_t i = 0; i < 8; ++i)
+        for (std::size_t j = 0; j < 12; ++j)
+            EXPECT_EQ(values[i * 12 + j] == 0, i == 0 || j == 0) << i << ", " << j;
+}
+
 TEST_F(IesCheck, circles_that_are_not_whole) {
     EXPECT_EQ(codesOf(IesBuilder(), {0, 90}, {0, 90, 180, 270, 345}), Codes{"circle-open"});
     EXPECT_EQ(codesOf(IesBuilder(), {0, 90}, {0, 45, 75}), Codes{"horizontal-range"});
