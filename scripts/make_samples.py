@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes the pictures in samples/images.
+"""Makes the pictures in samples/images and the photometric files in samples/photometry.
 
     scripts/make_samples.py                makes all of them, in a few minutes
     scripts/make_samples.py alpha.png      makes the named ones
@@ -22,12 +22,13 @@ import zlib
 import icc
 import image_writers as write
 import sample_cube as cube
+import sample_photometry as photometry
 import sample_scene as scene
 import sample_sky as sky
 import simple_writers as simple
 import texture_writers as textures
 
-IMAGES = pathlib.Path(__file__).resolve().parent.parent / "samples/images"
+SAMPLES_FOLDER = pathlib.Path(__file__).resolve().parent.parent / "samples"
 STUDIO_WIDTH, STUDIO_HEIGHT, STUDIO_SAMPLES = 640, 480, 3
 SKY_WIDTH, SKY_HEIGHT = 512, 256
 
@@ -325,21 +326,29 @@ SAMPLES = {
     "wide-gamut.png": wide_gamut_png, "cmyk.tif": cmyk_tif, "tiled.tif": tiled_tif,
     "cube.dds": cube_dds, "cube-mips.dds": cube_mips_dds, "cube-mips.ktx2": cube_mips_ktx2,
     "grating-mips.dds": grating_mips_dds,
+    "street.ies": photometry.street, "downlight.ies": photometry.downlight,
+    "wall-washer.ies": photometry.wall_washer,
 }
 
 
+def folder_of(name):
+    return SAMPLES_FOLDER / ("photometry" if name.endswith(".ies") else "images")
+
+
 def main():
-    parser = argparse.ArgumentParser(description="Makes the pictures in samples/images.")
+    parser = argparse.ArgumentParser(description="Makes the files in samples.")
     parser.add_argument("names", nargs="*", metavar="NAME", help="a file to make; default: all")
-    parser.add_argument("--out", type=pathlib.Path, default=IMAGES, help="folder to write to")
+    parser.add_argument("--out", type=pathlib.Path, metavar="DIR",
+                        help="write all of them there; default: their folders in samples")
     arguments = parser.parse_args()
     unknown = [name for name in arguments.names if name not in SAMPLES]
     if unknown:
         parser.error(f"no such sample: {', '.join(unknown)}; there are {', '.join(SAMPLES)}")
-    arguments.out.mkdir(parents=True, exist_ok=True)
     for name in arguments.names or SAMPLES:
         data = SAMPLES[name]()
-        (arguments.out / name).write_bytes(data)
+        folder = arguments.out or folder_of(name)
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / name).write_bytes(data)
         print(f"{name}: {len(data)} bytes")
 
 

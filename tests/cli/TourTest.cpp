@@ -1,5 +1,6 @@
 #include "tests/cli/RunRba.h"
 #include "tests/cli/TextureFiles.h"
+#include "tests/photometry/IesBuilder.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -65,7 +66,8 @@ TEST_F(Tour, page_has_every_section_and_none_failed) {
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, pagePath() + "\n");
     const std::string html = page();
-    for (const char* id : {"images", "derived", "textures", "import", "search", "half"}) {
+    for (const char* id :
+         {"images", "derived", "textures", "import", "photometry", "search", "half"}) {
         EXPECT_EQ(countOf(html, std::string("<section id=\"") + id + "\">"), 1);
         EXPECT_EQ(countOf(html, std::string("href=\"#") + id + "\""), 1);
     }
@@ -80,7 +82,7 @@ TEST_F(Tour, json_has_path_and_sections) {
     EXPECT_EQ(json["sections"],
               (Json{"Images from file to pixels", "Derived images",
                     "Texture files: faces, levels, mirror ball", "Textures as a renderer gets them",
-                    "Where image files are found", "Half floats"}));
+                    "Photometry", "Where image files are found", "Half floats"}));
 }
 
 TEST_F(Tour, page_needs_no_other_file) {
@@ -257,6 +259,40 @@ TEST_F(Tour, large_levels_of_imports_are_left_out) {
     EXPECT_EQ(countOf(html, "width=\"250\" height=\"1\" alt=\"Level 3\""), 1);
 }
 
+TEST_F(Tour, photometric_files_are_drawn_sampled_and_checked) {
+    run();
+    EXPECT_EQ(countOf(page(), "There are no ies files among the samples."), 1);
+    IesBuilder ies;
+    ies.keywords = "[LUMINAIRE] Lantern <2>\n";
+    folder().write("samples/photometry/lantern.ies", ies.build());
+    ies.horizontal = {0, 90, 180};
+    ies.candela.assign(9, 5);
+    folder().write("samples/photometry/half & half.ies", ies.build());
+    folder().write("samples/photometry/cut.ies", ies.build().substr(0, 60));
+    EXPECT_EQ(run().status, 0);
+    const std::string html = page();
+    EXPECT_EQ(countOf(html, "<article class=\"luminaire\">"), 2);
+    EXPECT_EQ(countOf(html, "aria-label=\"Polar diagram: Lantern &lt;2&gt;\""), 2);
+    for (const char* table :
+         {"The table of ", "The table of the luminaire turned by 45° about y of "})
+        for (const char* name : {"lantern", "half &amp; half"})
+            EXPECT_EQ(
+                countOf(html, "alt=\"" + std::string(table) + "photometry/" + name + ".ies\""), 1);
+    EXPECT_EQ(countOf(html, "<li>nothing unusual</li>"), 1);
+    EXPECT_EQ(countOf(html, "<code>black-seam</code>"), 1);
+    const std::regex refused(
+        "<code>photometry/cut[.]ies</code>: [^<]*expected [^<]+, found [^<]+</p>");
+    EXPECT_TRUE(std::regex_search(html, refused));
+    EXPECT_EQ(countOf(html, "http"), 0);
+    // Constant light is black where half a circle ends, and there alone.
+    const PictureFile table = shown(folder(), html, "The table of photometry/half &amp; half.ies");
+    ASSERT_EQ(table.width(), 360);
+    EXPECT_EQ(table.at(0, 90), (PictureFile::Pixel{0, 0, 0, 255}));
+    EXPECT_EQ(table.at(1, 90), (PictureFile::Pixel{255, 255, 255, 255}));
+    EXPECT_EQ(table.at(200, 90), (PictureFile::Pixel{255, 255, 255, 255}));
+    EXPECT_EQ(table.at(200, 0), (PictureFile::Pixel{0, 0, 0, 255}));
+}
+
 TEST_F(Tour, search_section_shows_each_place_winning_once) {
     run();
     const std::string html = page();
@@ -380,6 +416,10 @@ TEST_F(Tour, own_samples_are_found_without_being_named) {
         const std::string name = entry.path().filename();
         EXPECT_GE(countOf(html, "images/" + name), 1) << name;
     }
+    for (const char* name : {"downlight", "street", "wall-washer"})
+        EXPECT_EQ(countOf(html, "<code>photometry/" + std::string(name) + ".ies</code>, read in "),
+                  1)
+            << name;
     for (const char* service :
          {"ComputeGreyScaleImage", "ComputeMonochromaImage", "ComputeIconImage",
           "ComputeNegativeImage", "ComputeAlphaInvertImage", "GenerateMaskFromAlpha",

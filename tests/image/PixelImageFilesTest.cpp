@@ -86,6 +86,7 @@ public:
 };
 
 constexpr const char* kFormatNames[] = {"PNG", "TIFF", "BMP", "JPG_FAIR", "JPG", "JPG_HIGH"};
+constexpr const char* kFloatFormatNames[] = {"EXR", "HDR"};
 
 Image noise(int width, int height, Format format) {
     Image image = Image::Adopt(new KVRPixelImage(width, height, format));
@@ -135,20 +136,23 @@ TEST(WriteToFile, a_profile_goes_along_when_it_is_for_what_is_written) {
 TEST(WriteToFile, a_failed_write_is_told_in_the_words_of_the_system) {
     const TempFolder folder;
     const std::string path = folder.write("out", "older content");
-    // A file that fails while it is written, and one that does when it is closed.
-    for (const int side : {300, 3})
-        for (const char* name : kFormatNames) {
-            const Image image = noise(side, side, Format::RGB);
-            HRESULT result = S_OK;
-            {
-                const FileSizeLimit limit(16);
-                result = image->WriteToFile(path, name);
-            }
-            EXPECT_EQ(result, E_FAIL) << name;
-            EXPECT_EQ(KVRLastImageError().expected, "the whole file to be written") << name;
-            EXPECT_EQ(KVRLastImageError().found, std::strerror(EFBIG)) << name;
-            EXPECT_EQ(contentOf(path), "older content") << name;
+    const auto expectFailure = [&](const Image& image, const char* name) {
+        HRESULT result = S_OK;
+        {
+            const FileSizeLimit limit(16);
+            result = image->WriteToFile(path, name);
         }
+        EXPECT_EQ(result, E_FAIL) << name;
+        EXPECT_EQ(KVRLastImageError().expected, "the whole file to be written") << name;
+        EXPECT_EQ(KVRLastImageError().found, std::strerror(EFBIG)) << name;
+        EXPECT_EQ(contentOf(path), "older content") << name;
+    };
+    // A file that fails while it is written, and one that does when it is closed.
+    for (const int side : {300, 3}) {
+        for (const char* name : kFormatNames) expectFailure(noise(side, side, Format::RGB), name);
+        for (const char* name : kFloatFormatNames)
+            expectFailure(noise(side, side, Format::RGB_f), name);
+    }
 }
 
 TEST(WriteToFile, pixels_in_the_order_of_the_file_are_not_copied) {

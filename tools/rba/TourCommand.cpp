@@ -1,12 +1,10 @@
-#include "RenderingBase/host/files/AtomicFile.h"
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Interrupt.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/OutputFile.h"
 #include "tools/rba/tour/Tour.h"
 
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -68,14 +66,9 @@ void writeFile(const fs::path& path, const std::string& content) {
     if (error)
         throw Failure(path.parent_path().string(),
                       "expected a folder to write to, found " + error.message());
-    const auto refuse = [&path](const std::string& found) {
-        throw Failure(path.string(), "expected a file to write to, found " + found);
-    };
-    rb::files::AtomicFile file(path.string());
-    if (!file.stream()) refuse(file.reason());
-    if (std::fwrite(content.data(), 1, content.size(), file.stream()) != content.size())
-        refuse(std::generic_category().message(errno));
-    if (!file.commit()) refuse(file.reason());
+    OutputFile file(path.string());
+    file.write(content);
+    file.commit();
 }
 
 void printResult(Context& context, const std::string& path) {

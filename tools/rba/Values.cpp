@@ -120,6 +120,7 @@ std::errc readNumber(std::string_view text, T& number) {
 }
 template std::errc readNumber(std::string_view text, int& number);
 template std::errc readNumber(std::string_view text, float& number);
+template std::errc readNumber(std::string_view text, double& number);
 
 void readValue(const CLI::App& command, const std::string& name, const std::string& text,
                int& number) {

@@ -26,7 +26,7 @@ std::vector<std::string> protectValues(const CLI::App& program, int count,
                                        const char* const* arguments);
 
 /// Reads the number that the whole of @p text is: decimal, in any locale, with a sign where there
-/// is one. Defined for int and float.
+/// is one. Defined for int, float and double.
 /// @return  invalid_argument for another text, result_out_of_range for a number that T has not.
 template <class T>
 std::errc readNumber(std::string_view text, T& number);

@@ -28,6 +28,7 @@ int runProgram(int count, const char* const* arguments) {
     const auto program = makeProgram(context);
     addImageCommands(*program, context);
     addTextureCommands(*program, context);
+    addIesCommands(*program, context);
     addEnvCommand(*program, context);
     addSettingsCommands(*program, context);
     addTourCommand(*program, context);

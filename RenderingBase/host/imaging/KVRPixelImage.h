@@ -144,9 +144,11 @@ public:
     void SetResolution(double x, double y, int unit);
     /// Writes an image file, whole or not at all: the file appears under its name when complete.
     /// @param formatName  "PNG", "TIFF", "BMP", or JPEG at three qualities: "JPG_FAIR" (50),
-    ///                    "JPG" (75), "JPG_HIGH" (95). JPEG drops alpha.
-    /// Errors: E_FAIL for another name, for 16-bit, half and float images, and when the file
-    ///         cannot be written; `KVRLastImageError` tells why.
+    ///                    "JPG" (75), "JPG_HIGH" (95), which take 8-bit images; "EXR" (32 bits) or
+    ///                    "HDR" (8 bits with a common exponent), which take float images. JPEG and
+    ///                    HDR drop alpha.
+    /// Errors: E_FAIL for another name, for images of other pixels, and when the file cannot be
+    ///         written; `KVRLastImageError` tells why.
     HRESULT WriteToFile(const KVRUnicodeString& path, const char* formatName) const;
     /// Pixels of the longest side, before or after, of an image that is zoomed with a filter.
     static constexpr int kLongestFilteredSide = 1 << 20;

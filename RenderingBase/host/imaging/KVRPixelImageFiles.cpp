@@ -32,16 +32,19 @@ struct WritableFormat {
     const char* name;
     rb::imaging::WriteFunction write;
     bool keepsAlpha;
-    ColorSpace ofGrey;  // which profiles are for the grey that is stored
+    ColorSpace ofGrey;         // which profiles are for the grey that is stored
+    bool takesFloats = false;  // and nothing else
 };
 
-constexpr std::array<WritableFormat, 6> kWritableFormats{{
+constexpr std::array<WritableFormat, 8> kWritableFormats{{
     {"PNG", rb::imaging::writePng, true, ColorSpace::Grey},
     {"TIFF", rb::imaging::writeTiff, true, ColorSpace::Grey},
     {"BMP", rb::imaging::writeBmp, true, ColorSpace::Rgb},  // grey is a palette of colours
     {"JPG_FAIR", rb::imaging::writeJpegFair, false, ColorSpace::Grey},
     {"JPG", rb::imaging::writeJpeg, false, ColorSpace::Grey},
     {"JPG_HIGH", rb::imaging::writeJpegHigh, false, ColorSpace::Grey},
+    {"EXR", rb::imaging::writeExr, true, ColorSpace::Grey, true},
+    {"HDR", rb::imaging::writeHdr, true, ColorSpace::Grey, true},
 }};
 
 const WritableFormat* writableFormat(const char* name) {
@@ -50,8 +53,11 @@ const WritableFormat* writableFormat(const char* name) {
     return nullptr;
 }
 
-/// The format with the same channels, in the order that files have them.
-KVRPixelImageFormat fileOrder(const PixelLayout& layout, bool keepsAlpha) {
+/// The format with the same channels, in the order that files have them. There is no other order
+/// of floats.
+KVRPixelImageFormat fileOrder(const PixelLayout& layout, KVRPixelImageFormat format,
+                              bool keepsAlpha) {
+    if (layout.type == rb::imaging::ChannelType::Float) return format;
     const bool alpha = layout.hasAlpha() && keepsAlpha;
     if (layout.isGrey()) return alpha ? KVRPixelImageFormat::LA : KVRPixelImageFormat::L;
     return alpha ? KVRPixelImageFormat::RGBA : KVRPixelImageFormat::RGB;
@@ -144,11 +150,14 @@ HRESULT KVRPixelImage::WriteToFile(const KVRUnicodeString& path, const char* for
     const auto write = [&]() -> ReadResult {
         const WritableFormat* format = writableFormat(formatName);
         if (!format)
-            return refuse("PNG, TIFF, BMP, JPG_FAIR, JPG or JPG_HIGH to write",
+            return refuse("PNG, TIFF, BMP, JPG_FAIR, JPG, JPG_HIGH, EXR or HDR to write",
                           formatName ? formatName : "no format name");
-        if (!GetPixelsToRead() || m_pixels.size() == 0)
-            return refuse("8-bit pixels to write", std::string(layout().name) + " pixels");
-        const KVRPixelImageFormat order = fileOrder(layout(), format->keepsAlpha);
+        const bool isTaken = format->takesFloats ? GetFloatingPixelsToRead() != nullptr
+                                                 : GetPixelsToRead() != nullptr;
+        if (!isTaken || m_pixels.size() == 0)
+            return refuse(format->takesFloats ? "float pixels to write" : "8-bit pixels to write",
+                          std::string(layout().name) + " pixels");
+        const KVRPixelImageFormat order = fileOrder(layout(), m_format, format->keepsAlpha);
         KVRVar<KVRPixelImage> arranged;
         if (order != m_format) {
             arranged = KVRVar<KVRPixelImage>::Adopt(Duplicate(order));
@@ -158,7 +167,8 @@ HRESULT KVRPixelImage::WriteToFile(const KVRUnicodeString& path, const char* for
         rb::imaging::WritablePicture writable;
         writable.width = m_width;
         writable.height = m_height;
-        writable.channels = picture.GetBytesPerPixel();
+        writable.channels = picture.layout().channels;
+        writable.sampleBytes = picture.layout().bytesPerChannel();
         writable.pixels = picture.m_pixels.data();
         writable.resolution = m_resolution;
         writable.profile = profileToWrite(m_profile.Get(), layout().isGrey(), *format);

@@ -15,6 +15,8 @@ namespace {
 
 bool isTexture(const std::string& kind) { return kind == "dds" || kind == "ktx2"; }
 
+bool isPhotometric(const std::string& kind) { return kind == "ies"; }
+
 bool isImage(const std::string& kind) {
     if (isTexture(kind)) return false;
     constexpr int kImages = 1, kNotAccepted = -1;  // of FindImageInPaths
@@ -43,6 +45,10 @@ std::vector<fs::path> imageFiles(const fs::path& folder) { return filesOfKind(fo
 
 std::vector<fs::path> textureFiles(const fs::path& folder) {
     return filesOfKind(folder, isTexture);
+}
+
+std::vector<fs::path> photometricFiles(const fs::path& folder) {
+    return filesOfKind(folder, isPhotometric);
 }
 
 }  // namespace rb::cli::tour

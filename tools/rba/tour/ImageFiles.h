@@ -1,6 +1,6 @@
 #pragma once
 
-/// @file  Which of the samples are images, and which are texture files.
+/// @file  Which of the samples are images, texture files, and photometric files.
 
 #include <filesystem>
 #include <vector>
@@ -13,5 +13,8 @@ std::vector<std::filesystem::path> imageFiles(const std::filesystem::path& folde
 
 /// Likewise those whose extension says texture file: dds and ktx2.
 std::vector<std::filesystem::path> textureFiles(const std::filesystem::path& folder);
+
+/// Likewise those whose extension says photometric file: ies.
+std::vector<std::filesystem::path> photometricFiles(const std::filesystem::path& folder);
 
 }  // namespace rb::cli::tour

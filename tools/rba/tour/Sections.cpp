@@ -5,11 +5,12 @@
 namespace rb::cli::tour {
 
 std::span<const Section> sections() {
-    static constexpr std::array<Section, 6> kSections{{
+    static constexpr std::array<Section, 7> kSections{{
         {"images", "Images from file to pixels", writeImagesSection},
         {"derived", "Derived images", writeDerivedSection},
         {"textures", "Texture files: faces, levels, mirror ball", writeTexturesSection},
         {"import", "Textures as a renderer gets them", writeImportSection},
+        {"photometry", "Photometry", writePhotometrySection},
         {"search", "Where image files are found", writeSearchSection},
         {"half", "Half floats", writeHalfSection},
     }};

@@ -100,6 +100,17 @@ svg text { fill: var(--dim); font: 12px system-ui, -apple-system, "Segoe UI", Ro
 .grid line { stroke: var(--line); stroke-width: 1; }
 .bands rect { fill: var(--soft); opacity: .45; } .bands rect:first-child { opacity: 1; }
 .curve { fill: none; stroke: var(--accent); stroke-width: 2.2; stroke-linejoin: round; }
+.luminaire { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 520px), 1fr)); gap: 20px; align-items: start; }
+.luminaire h3 { margin: 0 0 10px; font-size: 1rem; font-weight: 640; overflow-wrap: anywhere; }
+.tables { display: grid; gap: 20px; }
+.tables figure img { display: block; width: 100%; height: auto; border-radius: 6px; background: #000; }
+.findings { margin: 6px 0 8px; padding-left: 20px; font-size: .93rem; } .findings li { padding: 2px 0; }
+.luminaire + .luminaire { margin-top: 34px; }
+.polar-grid { fill: none; stroke: var(--line); stroke-width: 1; }
+.polar-first { fill: var(--accent); fill-opacity: .1; stroke: var(--accent); stroke-width: 2.2; stroke-linejoin: round; }
+.polar-second { fill: var(--warm); fill-opacity: .08; stroke: var(--warm); stroke-width: 2.2; stroke-linejoin: round; stroke-dasharray: 7 4; }
+svg .polar-label, svg .polar-title { font-size: 13px; stroke: var(--paper); stroke-width: 3; stroke-linejoin: round; paint-order: stroke; }
+svg .polar-title { font-size: 21px; font-weight: 640; fill: var(--ink); }
 .trouble { padding: 14px 18px; border: 1px solid var(--warm); border-radius: 12px; color: var(--warm); }
 footer { margin-top: 24px; color: var(--dim); font-size: .9rem; border-top: 1px solid var(--line); }
 footer .inner { padding-top: 26px; padding-bottom: 46px; }

@@ -42,6 +42,7 @@ void writeImagesSection(const TourInput& input, Html& page);
 void writeDerivedSection(const TourInput& input, Html& page);
 void writeTexturesSection(const TourInput& input, Html& page);
 void writeImportSection(const TourInput& input, Html& page);
+void writePhotometrySection(const TourInput& input, Html& page);
 void writeSearchSection(const TourInput& input, Html& page);
 void writeHalfSection(const TourInput& input, Html& page);
 

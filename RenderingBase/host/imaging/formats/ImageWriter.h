@@ -14,22 +14,25 @@
 
 namespace rb::imaging {
 
-/// A picture to be written: 8-bit grey, grey and alpha, RGB or RGBA, rows top first, no padding.
+/// A picture to be written: grey, grey and alpha, RGB or RGBA, rows top first, no padding. Samples
+/// are bytes, or floats for the formats that store such.
 struct WritablePicture {
     int width = 0;
     int height = 0;
-    int channels = 0;  ///< 1 to 4.
+    int channels = 0;     ///< 1 to 4.
+    int sampleBytes = 1;  ///< 4 for floats.
     const std::byte* pixels = nullptr;
     Resolution resolution;
     std::span<const std::byte> profile;  ///< ICC, for what is written; empty without one.
 
     std::size_t rowBytes() const {
-        return static_cast<std::size_t>(width) * static_cast<std::size_t>(channels);
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(channels * sampleBytes);
     }
     const unsigned char* row(int y) const {
         return reinterpret_cast<const unsigned char*>(pixels) +
                static_cast<std::size_t>(y) * rowBytes();
     }
+    const float* floatRow(int y) const { return reinterpret_cast<const float*>(row(y)); }
 };
 
 /// Writes @p picture to @p file, which is open, empty and can be searched. Refuses what the format
@@ -56,5 +59,8 @@ ReadResult writeBmp(const WritablePicture& picture, std::FILE* file);
 ReadResult writeJpegFair(const WritablePicture& picture, std::FILE* file);  ///< Quality 50.
 ReadResult writeJpeg(const WritablePicture& picture, std::FILE* file);      ///< Quality 75.
 ReadResult writeJpegHigh(const WritablePicture& picture, std::FILE* file);  ///< Quality 95.
+// These take floats.
+ReadResult writeExr(const WritablePicture& picture, std::FILE* file);
+ReadResult writeHdr(const WritablePicture& picture, std::FILE* file);
 
 }  // namespace rb::imaging

@@ -1,0 +1,125 @@
+#include "tools/rba/Photometry.h"
+
+#include "RenderingBase/host/files/KVRFileSystem.h"
+#include "tools/rba/Context.h"
+#include "tools/rba/Output.h"
+#include "tools/rba/Paths.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <ios>
+#include <new>
+
+namespace rb::cli {
+namespace {
+
+using KVRRbaIESLoader::IESPhotometry;
+
+constexpr std::string_view kWhiteSpace = " \t\r\n\v\f";
+
+/// The largest file that the library reads.
+constexpr std::size_t kMostBytes = std::size_t{64} << 20;
+
+std::string_view firstLineOf(std::string_view text) { return text.substr(0, text.find('\n')); }
+
+/// How many keyword lines come before the tilt line; the first line is no keyword line.
+int keywordLinesOf(std::string_view text) {
+    int count = 0;
+    for (;;) {
+        text.remove_prefix(std::min(firstLineOf(text).size() + 1, text.size()));
+        const std::string_view line = firstLineOf(text);
+        if (text.empty() || line.find("TILT=") != std::string_view::npos) return count;
+        if (!line.empty()) ++count;
+    }
+}
+
+/// What may have led to a failure that is told of a later place.
+std::string hintOn(std::string_view text) {
+    constexpr int kMostKeywordLines = 99;  // and the tilt line
+    if (firstLineOf(text).find("TILT=") != std::string_view::npos)
+        return " (the first line is always used up, here it is the tilt line)";
+    if (keywordLinesOf(text) > kMostKeywordLines)
+        return " (the keywords end with the hundredth line, the tilt line included)";
+    return "";
+}
+
+std::string readText(const std::string& typedPath) {
+    std::string text, reason;
+    const HRESULT status = KVRReadFile(frameworkPath(typedPath), kMostBytes, text, reason);
+    if (Failed(status)) throw Failure(typedPath, "expected a readable file, found " + reason);
+    return text;
+}
+
+}  // namespace
+
+Photometry loadPhotometry(const std::string& typedPath) {
+    const std::string text = readText(typedPath);
+    Photometry photometry;
+    try {
+        const HRESULT status =
+            KVRRbaIESLoader::parseIESText(text, photometry.record, &photometry.rest);
+        if (Failed(status))
+            throw Failure(typedPath, "expected as many angles as are declared, found less");
+    } catch (const std::ios_base::failure& failure) {
+        throw Failure(typedPath, failure.what() + hintOn(text));
+    } catch (const std::bad_alloc&) {
+        throw Failure(typedPath, "expected memory for the values, found none");
+    }
+    photometry.record.filePath = typedPath;
+    photometry.firstLine = trimmed(firstLineOf(text));
+    return photometry;
+}
+
+bool hasIntensities(const IESPhotometry& record) {
+    const std::size_t pairs = record.verticalAngles.size() * record.horizontalAngles.size();
+    return pairs > 0 && record.candelaValues.size() >= pairs;
+}
+
+Circle circleOf(const IESPhotometry& record) {
+    const float first = record.horizontalAngles.front(), last = record.horizontalAngles.back();
+    constexpr float kEpsilon = 1.1920929e-7F;  // as the library has it
+    if (last <= kEpsilon) return Circle::Axial;
+    if (last <= 90) return Circle::Quadrant;
+    if (last <= 180) return Circle::FrontHalf;
+    if (first <= 90 && last <= 270) return Circle::SideHalf;
+    return Circle::Whole;
+}
+
+float candelaAtAngles(const IESPhotometry& record, float vertical, float horizontal) {
+    constexpr float kDegrees = 57.295776F;  // to the radian, as the library has it
+    const bool isTypeC = record.photometricType == kTypeC;
+    // Types A and B have their axis level, at azimuth 180.
+    const float down = isTypeC ? vertical : vertical + 90;
+    const float azimuth = isTypeC ? horizontal : horizontal + 180;
+    return KVRRbaIESLoader::candelaAt(record, (180 - down) / kDegrees, azimuth / kDegrees);
+}
+
+Peak peakOf(const IESPhotometry& record) {
+    Peak peak;
+    if (!hasIntensities(record)) return peak;
+    const std::size_t verticals = record.verticalAngles.size();
+    for (std::size_t h = 0; h < record.horizontalAngles.size(); ++h)
+        for (std::size_t v = 0; v < verticals; ++v) {
+            const float candela = record.candelaValues[h * verticals + v] * record.intensityScale;
+            if (candela > peak.candela)
+                peak = {candela, record.verticalAngles[v], record.horizontalAngles[h]};
+        }
+    return peak;
+}
+
+std::string trimmed(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of(kWhiteSpace);
+    if (begin == std::string_view::npos) return "";
+    return std::string(text.substr(begin, text.find_last_not_of(kWhiteSpace) + 1 - begin));
+}
+
+std::string shortText(float value, int mostDigits) {
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                   std::chars_format::general, mostDigits)
+                         .ptr;
+    return {text.data(), end};
+}
+
+}  // namespace rb::cli

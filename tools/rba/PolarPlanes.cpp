@@ -1,0 +1,102 @@
+#include "tools/rba/PolarPlanes.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace rb::cli {
+namespace {
+
+using KVRRbaIESLoader::IESPhotometry;
+using Values = std::vector<PolarCurve::Value>;
+
+/// Degrees by which directions are moved inwards: the very border may be black, and rounding may
+/// lead beyond it.
+constexpr float kInside = 1e-3F;
+
+float inside(float angle, const std::vector<float>& angles) {
+    const auto [least, most] = std::minmax_element(angles.begin(), angles.end());
+    if (*most - *least < 2 * kInside) return *least;
+    return std::clamp(angle, *least + kInside, *most - kInside);
+}
+
+/// The angles of the file in their order, and others between where they are far apart: in polar
+/// coordinates what is linear between two angles is bent. None beyond a circle.
+std::vector<float> sampledAngles(std::vector<float> angles) {
+    constexpr float kClosest = 0.05F, kFarthest = 1, kCircle = 360;
+    for (float& angle : angles) angle = std::clamp(angle, -kCircle, kCircle);
+    std::sort(angles.begin(), angles.end());
+    std::vector<float> sampled{angles.front()};
+    for (const float next : angles) {
+        const float from = sampled.back(), gap = next - from;
+        if (gap < kClosest) continue;
+        const float steps = std::ceil(gap / kFarthest);
+        for (float i = 1; i < steps; ++i) sampled.push_back(from + gap * i / steps);
+        sampled.push_back(next);
+    }
+    return sampled;
+}
+
+/// One side of the axis, from the axis on. Where the file ends the curve goes to the middle.
+/// @param candelaAt  Of an angle of @p angles.
+template <class CandelaAt>
+Values sideOf(const std::vector<float>& angles, float whole, CandelaAt candelaAt) {
+    const std::vector<float> sampled = sampledAngles(angles);
+    Values values;
+    if (sampled.front() > 0) values.push_back({static_cast<double>(sampled.front()), 0});
+    for (const float angle : sampled) {
+        const float candela = candelaAt(inside(angle, angles));
+        const bool isShown = std::isfinite(candela) && candela > 0;
+        values.push_back(
+            {static_cast<double>(angle), isShown ? static_cast<double>(candela) : 0.0});
+    }
+    if (sampled.back() < whole) values.push_back({static_cast<double>(sampled.back()), 0});
+    return values;
+}
+
+PolarCurve curveOf(std::string name, const Values& left, const Values& right) {
+    PolarCurve curve{std::move(name), {}};
+    for (auto value = left.rbegin(); value != left.rend(); ++value)
+        curve.values.push_back({-value->degrees, value->candela});
+    curve.values.insert(curve.values.end(), right.begin(), right.end());
+    return curve;
+}
+
+std::vector<PolarCurve> planesOfTypeC(const IESPhotometry& record) {
+    const auto half = [&record](float azimuth) {
+        return sideOf(record.verticalAngles, 180,
+                      [&](float vertical) { return candelaAtAngles(record, vertical, azimuth); });
+    };
+    if (circleOf(record) == Circle::Axial) {
+        const Values side = half(0);
+        return {curveOf("all planes", side, side)};
+    }
+    return {curveOf("C180 - C0", half(180 - kInside), half(kInside)),
+            curveOf("C270 - C90", half(270), half(90))};
+}
+
+/// A plane through the axis. Angles of one sign stand for both.
+template <class CandelaAt>
+PolarCurve planeOf(std::string name, const std::vector<float>& angles, CandelaAt candelaAt) {
+    const Values side = sideOf(angles, 180, candelaAt);
+    if (angles.front() >= 0) return curveOf(std::move(name), side, side);
+    Values values = side;
+    values.insert(values.begin(), {side.front().degrees, 0});
+    return {std::move(name), std::move(values)};
+}
+
+std::vector<PolarCurve> planesOfTypesAAndB(const IESPhotometry& record) {
+    const float level = inside(kInside, record.verticalAngles);
+    const float middle = inside(kInside, record.horizontalAngles);
+    return {planeOf("vertical plane", record.verticalAngles,
+                    [&](float vertical) { return candelaAtAngles(record, vertical, middle); }),
+            planeOf("horizontal plane", record.horizontalAngles,
+                    [&](float horizontal) { return candelaAtAngles(record, level, horizontal); })};
+}
+
+}  // namespace
+
+std::vector<PolarCurve> planesOf(const IESPhotometry& record) {
+    return record.photometricType == kTypeC ? planesOfTypeC(record) : planesOfTypesAAndB(record);
+}
+
+}  // namespace rb::cli
