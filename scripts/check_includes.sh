@@ -28,7 +28,7 @@ nlohmann/json[.]hpp         tools/rba/Precompiled[.]h
 TABLE
 )
 # Headers of the system, for everything but the public headers.
-system='(unistd|fcntl|spawn|dlfcn|pthread|sys/[a-z]+)[.]h'
+system='(unistd|fcntl|spawn|dlfcn|locale|pthread|sys/[a-z]+)[.]h'
 
 git ls-files --cached --others --exclude-standard -- '*.h' '*.cpp' |
     xargs grep -HE '^[[:space:]]*#[[:space:]]*include[[:space:]]' |
