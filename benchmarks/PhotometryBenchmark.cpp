@@ -89,7 +89,7 @@ void copyTable(benchmark::State& state) {
 /// A file of a megabyte.
 const std::string& bigFile() {
     static const std::string text = [] {
-        constexpr int kVerticals = 361, kHorizontals = 361;
+        constexpr int kVerticals = 361, kHorizontals = 430;
         std::string made = "IESNA:LM-63-1995\n[MANUFAC] Lamps and Sons\nTILT=NONE\n1 1000 1 " +
                            std::to_string(kVerticals) + " " + std::to_string(kHorizontals) +
                            " 1 2 0.1 0.2 0.3\n1 1 40\n";
