@@ -17,7 +17,9 @@
 #include "RenderingBase/host/base/KVRResult.h"
 #include "RenderingBase/host/base/KVRUnicodeString.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -74,9 +76,10 @@ KVR_EXPORT HRESULT loadIES(const KVRUnicodeString& path, std::int32_t thetaCount
                            std::int32_t phiCount, std::int32_t channels,
                            const KVRMathVector& orientation, float* table);
 
-/// The same from the text of a file.
-KVR_EXPORT HRESULT loadIES(std::string_view text, std::int32_t thetaCount, std::int32_t phiCount,
-                           std::int32_t channels, const KVRMathVector& orientation, float* table);
+/// The same from the bytes of a file.
+KVR_EXPORT HRESULT loadIES(std::span<const std::byte> file, std::int32_t thetaCount,
+                           std::int32_t phiCount, std::int32_t channels,
+                           const KVRMathVector& orientation, float* table);
 
 /// Resamples what was read already, as loadIES does. Throws std::bad_alloc without memory, with
 /// nothing written.

@@ -76,7 +76,7 @@ TEST(IntensityTable, is_not_written_without_rows_columns_or_channels) {
     const int shapes[][3] = {{0, 4, 1}, {4, 0, 1}, {4, 4, 0}, {-1, 4, 1}, {4, -3, 1}, {4, 4, -2}};
     for (const auto& [rows, columns, channels] : shapes) {
         Floats table(64, -1);
-        EXPECT_EQ(KVRRbaIESLoader::loadIES(std::string_view(text), rows, columns, channels,
+        EXPECT_EQ(KVRRbaIESLoader::loadIES(std::as_bytes(std::span(text)), rows, columns, channels,
                                            {0, 0, 0}, table.data()),
                   S_OK);
         EXPECT_EQ(table, Floats(64, -1)) << rows << " " << columns << " " << channels;
@@ -87,9 +87,9 @@ TEST(IntensityTable, of_a_text_is_that_of_its_luminaire) {
     // Of (0.3, 0, 0) the quaternion is (sin 0.15, 0, 0, cos 0.15).
     Floats table(12 * 17 * 3, -1);
     const std::string text = IesBuilder().build();
-    ASSERT_EQ(
-        KVRRbaIESLoader::loadIES(std::string_view(text), 12, 17, 3, {0.3, 0, 0}, table.data()),
-        S_OK);
+    ASSERT_EQ(KVRRbaIESLoader::loadIES(std::as_bytes(std::span(text)), 12, 17, 3, {0.3, 0, 0},
+                                       table.data()),
+              S_OK);
     const Luminaire same{"", 1, {0, 90, 180}, {0}, {30, 20, 10}, 1};
     EXPECT_EQ(table, tableOf(same, {12, 17, 3}, {std::sin(0.15), 0, 0, std::cos(0.15)}));
 }

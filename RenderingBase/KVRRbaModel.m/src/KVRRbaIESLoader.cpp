@@ -69,9 +69,11 @@ HRESULT loadIES(const KVRUnicodeString& path, std::int32_t thetaCount, std::int3
     return load(parse, thetaCount, phiCount, channels, orientation, table);
 }
 
-HRESULT loadIES(std::string_view text, std::int32_t thetaCount, std::int32_t phiCount,
+HRESULT loadIES(std::span<const std::byte> file, std::int32_t thetaCount, std::int32_t phiCount,
                 std::int32_t channels, const KVRMathVector& orientation, float* table) {
-    const auto parse = [text](IESPhotometry& photometry) { return parseIESText(text, photometry); };
+    const auto parse = [file](IESPhotometry& photometry) {
+        return parseIESText({reinterpret_cast<const char*>(file.data()), file.size()}, photometry);
+    };
     return load(parse, thetaCount, phiCount, channels, orientation, table);
 }
 
