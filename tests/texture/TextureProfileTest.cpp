@@ -6,6 +6,7 @@
 #include "tests/texture/TaggedImages.h"
 
 #include <gtest/gtest.h>
+#include <span>
 
 namespace rb::test {
 namespace {
@@ -49,7 +50,8 @@ TEST(TextureProfile, of_exchanged_channels_exchanges_them) {
 
 TEST(TextureProfile, that_says_it_is_sRGB_changes_nothing) {
     // Red and green would be exchanged if it were applied.
-    const auto data = profileOfSample("swapped.png")->GetData();
+    const KVRVar<KVRMMColorProfile> swapping = profileOfSample("swapped.png");
+    const std::span<const std::byte> data = swapping->GetData();
     std::vector<std::byte> icc(data.begin(), data.end());
     constexpr std::size_t kDeviceModel = 52;  // ICC.1:2010, 7.2
     std::memcpy(&icc[kDeviceModel], "sRGB", 4);
