@@ -71,6 +71,6 @@ fuzz() {
 for target in "${targets[@]}"; do
     case $target in
     images) fuzz images 50000 tests/fuzz/seeds tests/fuzz/regressions ;;
-    photometry) fuzz photometry 300000 tests/fuzz/photometry_seeds ;;
+    photometry) fuzz photometry 300000 tests/fuzz/photometry_seeds samples/photometry ;;
     esac
 done

@@ -67,7 +67,9 @@ struct IESUnusedData {
 /// computed on all processors; the call blocks.
 /// @param path         An absolute or relative path.
 /// @param thetaCount, phiCount, channels  With one below 1 nothing is written.
-/// @param orientation  Rotation of the luminaire, Euler angles in radians: x, y, z.
+/// @param orientation  Turns the luminaire, Euler angles in radians: about z first, then about x,
+///                     then about y. About x by the right-hand rule, about y and z against it; kept
+///                     for compatibility.
 /// @param table        Room for thetaCount x phiCount x channels floats, row by row; all channels
 ///                     of a cell get the same value. Written only after the file was read.
 /// @return  0. Errors: E_FAIL when the file cannot be read, its numbers are malformed or too few,

@@ -274,7 +274,8 @@ TEST_F(Tour, photometric_files_are_drawn_sampled_and_checked) {
     EXPECT_EQ(countOf(html, "<article class=\"luminaire\">"), 2);
     EXPECT_EQ(countOf(html, "aria-label=\"Polar diagram: Lantern &lt;2&gt;\""), 2);
     for (const char* table :
-         {"The table of ", "The table of the luminaire turned by 45° about y of "})
+         {"The table of ",
+          "The table of the luminaire turned by 45° about y, against the right-hand rule of "})
         for (const char* name : {"lantern", "half &amp; half"})
             EXPECT_EQ(
                 countOf(html, "alt=\"" + std::string(table) + "photometry/" + name + ".ies\""), 1);

@@ -1,5 +1,6 @@
 #include "tests/photometry/IesBuilder.h"
 #include "tests/photometry/StreamParser.h"
+#include "tests/support/AddressSpace.h"
 #include "tests/support/TempFolder.h"
 
 #include <cfloat>
@@ -404,6 +405,15 @@ TEST(IesCounts, larger_than_the_file_end_it_without_the_memory) {
     }
     // As many tilt factors.
     EXPECT_NE(refusal("IESNA91\nTILT=INCLUDE\n1\n2147483647\n1 2 3"), "");
+}
+
+TEST(IesText, of_separators_only_takes_no_memory_for_its_pieces) {
+    const std::string many(std::size_t{8} << 20, ']'), equal(std::size_t{8} << 20, '=');
+    const long long before = peakAddressSpace();
+    EXPECT_NE(refusal("IESNA91\n" + many + "\n"), "");
+    EXPECT_NE(refusal("IESNA91\nTILT" + equal + "\n1 2"), "");
+    constexpr long long kAllowed = 64LL << 20;  // the texts themselves, and room for them to grow
+    EXPECT_LT(peakAddressSpace() - before, kAllowed);
 }
 
 TEST(IesCounts, with_a_fraction_leave_it_to_the_next_number) {

@@ -189,8 +189,10 @@ void addIesTable(CLI::App& group, Context& context) {
     addOption(command, "--theta", arguments.theta, "N", "Rows")->required();
     addOption(command, "--phi", arguments.phi, "N", "Columns")->required();
     addOption(command, "--channels", arguments.channels, "N", "Equal values in a cell; default 1");
-    addOption(command, "--orientation", arguments.orientation, "X,Y,Z",
-              "Rotation of the luminaire: Euler angles in radians; default 0,0,0");
+    addOption(
+        command, "--orientation", arguments.orientation, "X,Y,Z",
+        "Turns the luminaire: Euler angles in radians, about z first, then x, then y; about x by "
+        "the right-hand rule, about y and z against it; default 0,0,0");
     addOption(command, "-o", arguments.out, "OUT", "File to write")->required();
 }
 

@@ -19,15 +19,20 @@ bool contains(std::string_view text, std::string_view what) {
     return text.find(what) != std::string_view::npos;
 }
 
-/// The pieces between @p separator; none of an empty text, and none behind a separator at the end.
-std::vector<std::string_view> split(std::string_view text, char separator) {
-    std::vector<std::string_view> pieces;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find(separator), text.size());
-        pieces.push_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return pieces;
+/// The first two pieces of a text between separators.
+struct Pieces {
+    std::string_view first, second;
+    int count = 0;  ///< 0 of an empty text; 2 when there are more.
+};
+
+/// There is no piece behind a separator at the end.
+Pieces split(std::string_view text, char separator) {
+    if (text.empty()) return {};
+    const std::size_t end = std::min(text.find(separator), text.size());
+    const std::string_view first = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (text.empty()) return {first, {}, 1};
+    return {first, text.substr(0, text.find(separator)), 2};
 }
 
 /// 1 for every dialect that is not known, of later editions too.
@@ -100,10 +105,10 @@ std::string_view Parser::readKeywords() {
 /// The tests are independent of one another: a catalogue number of the lamp is its name as well,
 /// unless a line with its name follows. Continuation lines are dropped. Kept for compatibility.
 void Parser::readKeyword(std::string_view line) {
-    const std::vector<std::string_view> pieces = split(line, ']');
-    if (pieces.empty()) return;
+    const Pieces pieces = split(line, ']');
+    if (pieces.count == 0) return;
     ++m_unused.keywordLineCount;
-    if (pieces.size() < 2) {
+    if (pieces.count < 2) {
         m_isTiltSeen |= contains(line, "TILT");
         return;
     }
@@ -116,14 +121,14 @@ void Parser::readKeyword(std::string_view line) {
                     {"LAMP", m_record.lamp},
                     {"MANUFAC", m_record.manufacturer}};
     for (const auto& [keyword, text] : keywords)
-        if (contains(pieces[0], keyword)) text = pieces[1];
+        if (contains(pieces.first, keyword)) text = pieces.second;
 }
 
 /// Tilt factors would be for lamps that are not mounted as they were measured; none is applied, and
 /// files of their own are not opened.
 void Parser::skipTilt(std::string_view tiltLine) {
-    const std::vector<std::string_view> pieces = split(tiltLine, '=');
-    if (pieces.size() < 2 || !contains(pieces[0], "TILT") || !contains(pieces[1], "INCLUDE"))
+    const Pieces pieces = split(tiltLine, '=');
+    if (pieces.count < 2 || !contains(pieces.first, "TILT") || !contains(pieces.second, "INCLUDE"))
         return;
     m_scanner.line();  // how the lamp is mounted
     m_unused.tiltPairCount = integer();

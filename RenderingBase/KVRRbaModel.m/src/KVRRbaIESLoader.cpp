@@ -97,7 +97,11 @@ HRESULT parseIESFile(const char* path, IESPhotometry& photometry, IESUnusedData*
     if (status == E_OUTOFMEMORY) throw std::bad_alloc();
     if (Failed(status))
         throw ReadFailure(photometry.filePath + ": expected a readable file, found " + reason);
-    return parse(text, photometry, unused);
+    try {
+        return parse(text, photometry, unused);
+    } catch (const ReadFailure& failure) {
+        throw ReadFailure(photometry.filePath + ": " + failure.what());
+    }
 }
 
 HRESULT parseIESText(std::string_view text, IESPhotometry& photometry, IESUnusedData* unused) {

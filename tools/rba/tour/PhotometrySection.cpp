@@ -92,8 +92,9 @@ void writeLuminaire(const fs::path& path, const TourInput& input, Html& page) tr
     writeFindings(findingsOf(photometry), part);
     part << "</div><div class=\"tables\">"_html;
     writeTable(photometry, kUpright, "The table", name, input, part);
-    writeTable(photometry, kTilted, "The table of the luminaire turned by 45° about y", name, input,
-               part);
+    writeTable(photometry, kTilted,
+               "The table of the luminaire turned by 45° about y, against the right-hand rule",
+               name, input, part);
     part << "</div></article>\n"_html;
     page << part;
 } catch (const Failure& failure) {
