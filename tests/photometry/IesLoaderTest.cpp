@@ -171,7 +171,8 @@ TEST(IesLoader, leaves_the_table_and_logs_the_reason_when_it_fails) {
         written([&] { status = load(folder.write("cut.ies", cut), table); });
     EXPECT_EQ(status, E_FAIL);
     EXPECT_TRUE(std::regex_match(
-        malformed, std::regex(line + ".*cut[.]ies: line [0-9]+: expected .+, found the end of the file\n")))
+        malformed,
+        std::regex(line + ".*cut[.]ies: line [0-9]+: expected .+, found the end of the file\n")))
         << malformed;
     EXPECT_TRUE(table.isUntouched());
 }
