@@ -54,6 +54,20 @@ TEST_F(IesCheck, plain_files_have_nothing_unusual) {
     EXPECT_EQ(runRba({"ies", "check", path}).out, path + ": nothing unusual\n");
 }
 
+TEST_F(IesCheck, a_single_horizontal_angle_leads_nowhere) {
+    for (const float angle : {45.0F, 90.0F, 180.0F, 270.0F, 300.0F, 360.0F}) {
+        const Codes codes = codesOf(IesBuilder(), {0, 90, 180}, {angle});
+        EXPECT_EQ(codes.count("single-angle"), 1U) << angle;
+        EXPECT_EQ(codes.count("horizontal-range"), 0U) << angle;
+    }
+}
+
+TEST_F(IesCheck, a_mark_before_the_first_line_hides_nothing) {
+    IesBuilder ies;
+    ies.version = "\xEF\xBB\xBF[TEST] 1";
+    EXPECT_EQ(codesOf(ies.build()), (Codes{"first-line-used-up", "dialect-unknown"}));
+}
+
 TEST_F(IesCheck, text_has_a_line_for_each_finding) {
     IesBuilder ies;
     ies.version = "IESNA:LM-63-2002";
@@ -228,7 +242,7 @@ TEST_F(IesCheck, intensities) {
     ies.candela = {3e38F, 3e38F, 3e38F};
     EXPECT_EQ(codesOf(ies.build()), Codes{"too-large"});
     // A single horizontal angle that is not 0 is a quadrant without width.
-    EXPECT_EQ(codesOf(IesBuilder(), {0, 90}, {45}), (Codes{"dark", "horizontal-range"}));
+    EXPECT_EQ(codesOf(IesBuilder(), {0, 90}, {45}), (Codes{"dark", "single-angle"}));
 }
 
 TEST_F(IesCheck, tilt_line_at_the_beginning_is_the_hint_when_the_rest_fails) {

@@ -16,8 +16,14 @@ std::string inQuotes(std::string_view text) {
     return "'" + onOneLine(text.substr(0, kShown)) + (text.size() > kShown ? "...'" : "'");
 }
 
+/// Some editors put a mark before the first line of UTF-8 texts.
+std::string_view withoutMark(std::string_view line) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    return line.substr(line.starts_with(kMark) ? kMark.size() : 0);
+}
+
 void findInFirstLine(const Photometry& photometry, std::vector<Finding>& findings) {
-    const std::string& line = photometry.firstLine;
+    const std::string_view line = withoutMark(photometry.firstLine);
     if (contains(line, "TILT="))
         findings.push_back({"first-line-used-up",
                             "the first line is a tilt line already, and is used up: " +

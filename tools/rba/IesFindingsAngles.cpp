@@ -60,6 +60,13 @@ std::string gapsIn(const Angles& angles, float least, float most, bool isDarkBeh
 
 void findInHorizontalRange(const IESPhotometry& record, std::vector<Finding>& findings) {
     const Angles& angles = record.horizontalAngles;
+    if (angles.size() == 1 && circleOf(record) != Circle::Axial) {
+        findings.push_back({"single-angle", "there is one horizontal angle only, " +
+                                                shortText(angles.front()) +
+                                                ", and it is not 0: nothing leads from it to "
+                                                "other directions, which are dark or no numbers"});
+        return;
+    }
     std::string gaps;
     const char* usual = "";
     switch (circleOf(record)) {
