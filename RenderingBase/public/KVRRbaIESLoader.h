@@ -26,6 +26,9 @@
 
 namespace KVRRbaIESLoader {
 
+/// Larger files are refused unread: a hundred times what the finest grids take.
+inline constexpr std::size_t kMostFileBytes = std::size_t{64} << 20;
+
 /// What a photometric file says, as far as tables are made of it. Angles are degrees.
 struct IESPhotometry {
     std::int32_t formatVersion = 1;  ///< 1 LM-63-1986 or not recognised, 2 1991, 3 1995.

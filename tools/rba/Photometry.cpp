@@ -18,9 +18,6 @@ using KVRRbaIESLoader::IESPhotometry;
 
 constexpr std::string_view kWhiteSpace = " \t\r\n\v\f";
 
-/// The largest file that the library reads.
-constexpr std::size_t kMostBytes = std::size_t{64} << 20;
-
 std::string_view firstLineOf(std::string_view text) { return text.substr(0, text.find('\n')); }
 
 /// How many keyword lines come before the tilt line; the first line is no keyword line.
@@ -46,7 +43,8 @@ std::string hintOn(std::string_view text) {
 
 std::string readText(const std::string& typedPath) {
     std::string text, reason;
-    const HRESULT status = KVRReadFile(frameworkPath(typedPath), kMostBytes, text, reason);
+    const HRESULT status =
+        KVRReadFile(frameworkPath(typedPath), KVRRbaIESLoader::kMostFileBytes, text, reason);
     if (Failed(status)) throw Failure(typedPath, "expected a readable file, found " + reason);
     return text;
 }

@@ -20,9 +20,6 @@ using rb::photometry::ReadFailure;
 
 constexpr const char* kSource = RB_TRACE_SOURCE("KVRRbaIESLoader");
 
-/// A hundred times what the finest grids take.
-constexpr std::size_t kMostBytes = std::size_t{64} << 20;
-
 /// Half turns about x, y and z, combined.
 KVRMathQuaternion quaternionOf(const KVRMathVector& orientation) {
     const double hx = orientation.GetX() / 2, hy = orientation.GetY() / 2,
@@ -93,7 +90,7 @@ HRESULT parseIESFile(const char* path, IESPhotometry& photometry, IESUnusedData*
     photometry = {};
     photometry.filePath = path ? path : "";
     std::string text, reason;
-    const HRESULT status = KVRReadFile(photometry.filePath, kMostBytes, text, reason);
+    const HRESULT status = KVRReadFile(photometry.filePath, kMostFileBytes, text, reason);
     if (status == E_OUTOFMEMORY) throw std::bad_alloc();
     if (Failed(status))
         throw ReadFailure(photometry.filePath + ": expected a readable file, found " + reason);

@@ -1,38 +1,28 @@
 #include "RenderingBase/host/base/Guarded.h"
 #include "RenderingBase/host/files/KVRFileSystem.h"
 #include "RenderingBase/host/files/KVRPath.h"
+#include "RenderingBase/host/files/RegularFile.h"
 
 #include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
 namespace {
 
-std::string systemReason() { return std::generic_category().message(errno); }
-
-/// A file that is open for reading; closed by the destructor.
+/// A regular file that is open for reading; closed by the destructor.
 class OpenFile {
 public:
-    // Without O_NONBLOCK, opening a named pipe would wait for a writer.
-    explicit OpenFile(const std::string& nativePath)
-        : m_descriptor(open(nativePath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+    /// @param reason  Set when it is not open.
+    OpenFile(const std::string& nativePath, std::string& reason)
+        : m_descriptor(rb::files::openRegularFile(nativePath, m_size, reason)) {}
     ~OpenFile() {
-        if (m_descriptor >= 0) close(m_descriptor);
+        if (isOpen()) close(m_descriptor);
     }
     OpenFile(const OpenFile&) = delete;
     OpenFile& operator=(const OpenFile&) = delete;
 
-    /// What it is instead of a regular file of at most @p mostBytes; empty when it is one.
-    std::string objection(std::size_t mostBytes, std::size_t& size) const {
-        struct stat status {};
-        if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0) return systemReason();
-        if (S_ISDIR(status.st_mode)) return "a folder";
-        if (!S_ISREG(status.st_mode)) return "something else than a regular file";
-        size = static_cast<std::size_t>(status.st_size);
-        return size > mostBytes ? "one of " + std::to_string(size) + " bytes" : std::string();
-    }
+    bool isOpen() const { return m_descriptor >= 0; }
+    std::uint64_t size() const { return m_size; }  ///< Bytes.
 
     /// As many bytes as there are, up to the size of @p content, which is cut to them.
     bool readInto(std::string& content) const {
@@ -49,6 +39,7 @@ public:
     }
 
 private:
+    std::uint64_t m_size = 0;
     int m_descriptor;
 };
 
@@ -58,13 +49,17 @@ HRESULT KVRReadFile(const KVRUnicodeString& path, std::size_t mostBytes, std::st
                     std::string& reason) {
     content.clear();
     return rb::guarded([&] {
-        const OpenFile file(NativePath(path));
-        std::size_t size = 0;
-        reason = file.objection(mostBytes, size);
-        if (!reason.empty()) return E_FAIL;
-        content.resize(size);
+        reason.clear();
+        const OpenFile file(NativePath(path), reason);
+        if (!file.isOpen()) return E_FAIL;
+        if (file.size() > mostBytes) {
+            reason = "one of " + std::to_string(file.size()) + " bytes, where " +
+                     std::to_string(mostBytes) + " are the most";
+            return E_FAIL;
+        }
+        content.resize(static_cast<std::size_t>(file.size()));
         if (file.readInto(content)) return S_OK;
-        reason = systemReason();
+        reason = std::generic_category().message(errno);
         content.clear();
         return E_FAIL;
     });

@@ -7,10 +7,10 @@
 #include "tools/rba/tour/Files.h"
 #include "tools/rba/tour/ImageFiles.h"
 #include "tools/rba/tour/Picture.h"
+#include "tools/rba/tour/Timing.h"
 #include "tools/rba/tour/Tour.h"
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -18,12 +18,10 @@ namespace rb::cli::tour {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 using Image = KVRVar<KVRPixelImage>;
 
 constexpr const char* kPreferred = "images/studio.bmp";
 constexpr unsigned kLongestSide = 480;  // texels of the largest level that is shown
-constexpr int kReadings = 3;            // of which the fastest counts
 
 /// What became of one sample file; its pixels would be much for some folders.
 struct Import {
@@ -55,13 +53,8 @@ TextureResult importTexture(const fs::path& path) {
 }
 
 void read(Import& import) {
-    TextureResult result;
-    for (int i = 0; i < kReadings; ++i) {
-        const Clock::time_point start = Clock::now();
-        result = importTexture(import.path);
-        const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
-        import.milliseconds = i == 0 ? taken.count() : std::min(import.milliseconds, taken.count());
-    }
+    const auto [result, milliseconds] = timed([&] { return importTexture(import.path); });
+    import.milliseconds = milliseconds;
     const Image image = Image::Adopt(result.GetPixelImage());
     if (!image) {
         import.refusal = imageErrorReason();
@@ -90,10 +83,6 @@ std::vector<Import> importedFiles(const fs::path& folder) {
     return imports;
 }
 
-std::string sizeText(unsigned width, unsigned height) {
-    return std::to_string(width) + " × " + std::to_string(height);
-}
-
 void writeRow(Html& page, const Import& import) {
     page << "<tr><th scope=\"row\"><code>"_html << import.name << "</code></th>"_html;
     if (!import.refusal.empty()) {
@@ -107,8 +96,7 @@ void writeRow(Html& page, const Import& import) {
          << (import.stated.empty() ? "–" : import.stated) << "</td><td class=\"number\">"_html
          << (import.dpi == KVRRbaTextureLoader::kDefaultResolution ? "assumed " : "")
          << numberText(import.dpi, 4) << "</td><td class=\"number\">"_html
-         << numberText(import.milliseconds, import.milliseconds < 10 ? 2 : 0)
-         << " ms</td></tr>\n"_html;
+         << millisecondsText(import.milliseconds) << "</td></tr>\n"_html;
 }
 
 void writeTable(Html& page, const std::vector<Import>& imports) {

@@ -5,6 +5,7 @@
 #include "tools/rba/PolarDiagram.h"
 #include "tools/rba/tour/ImageFiles.h"
 #include "tools/rba/tour/Picture.h"
+#include "tools/rba/tour/Timing.h"
 #include "tools/rba/tour/Tour.h"
 
 #include <algorithm>
@@ -22,10 +23,6 @@ constexpr int kRows = 180, kColumns = 360;
 
 /// Radians: an eighth of a turn about y.
 constexpr KVRMathVector kUpright{0, 0, 0}, kTilted{0, 0.7854, 0};
-
-std::string millisecondsText(double milliseconds) {
-    return numberText(milliseconds, milliseconds < 10 ? 2 : 0) + " ms";
-}
 
 /// A table as a picture, and how long it took.
 struct Table {

@@ -9,11 +9,11 @@
 #include "tools/rba/tour/Files.h"
 #include "tools/rba/tour/ImageFiles.h"
 #include "tools/rba/tour/Picture.h"
+#include "tools/rba/tour/Timing.h"
 #include "tools/rba/tour/Tour.h"
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -22,13 +22,11 @@ namespace rb::cli::tour {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 using Image = KVRVar<KVRPixelImage>;
 
 constexpr int kWholeSheet = 1 << 20;  // pixels to a side: never made smaller
 constexpr int kLongestSide = 480;     // pixels of another picture: twice those of its frame
 constexpr int kSmallPicture = 160;    // pixels; smaller pictures are shown enlarged
-constexpr int kReadings = 3;          // of which the fastest counts
 
 /// What there is to say about one texture file; its pixels would be much for some folders.
 struct Sample {
@@ -44,20 +42,6 @@ struct Sample {
 
     bool isDdsCube() const { return faces > 1 && kindOf(path) == "dds"; }
 };
-
-/// Runs @p work some times. @return  What it gave, and the milliseconds of the fastest run.
-template <class Work>
-auto timed(Work work) {
-    auto result = work();
-    double fastest = 1e9;
-    for (int i = 0; i < kReadings; ++i) {
-        const Clock::time_point start = Clock::now();
-        result = work();
-        const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
-        fastest = std::min(fastest, taken.count());
-    }
-    return std::pair(std::move(result), fastest);
-}
 
 std::vector<Sample> findSamples(const TourInput& input) {
     std::vector<Sample> found;
@@ -84,14 +68,6 @@ void read(Sample& sample) {
     } catch (const Failure& failure) {
         sample.refusal = failure.reason();
     }
-}
-
-std::string millisecondsText(double milliseconds) {
-    return numberText(milliseconds, milliseconds < 10 ? 2 : 0) + " ms";
-}
-
-std::string sizeText(int width, int height) {
-    return std::to_string(width) + " × " + std::to_string(height);
 }
 
 void writeRow(Html& page, const Sample& sample) {

@@ -1,9 +1,9 @@
 #include "RenderingBase/host/imaging/formats/ByteSource.h"
 
+#include "RenderingBase/host/files/RegularFile.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -17,23 +17,10 @@ std::size_t MemorySource::read(std::uint64_t offset, void* to, std::size_t count
 }
 
 std::unique_ptr<FileSource> FileSource::open(const std::string& nativePath, std::string& reason) {
-    // Without O_NONBLOCK, opening a named pipe would wait for a writer.
-    const int descriptor = ::open(nativePath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
-        reason = std::generic_category().message(errno);
-        return nullptr;
-    }
-    struct stat status {};
-    const bool known = fstat(descriptor, &status) == 0;
-    if (!known || !S_ISREG(status.st_mode)) {
-        reason = !known                    ? std::generic_category().message(errno)
-                 : S_ISDIR(status.st_mode) ? "a folder"
-                                           : "something else than a regular file";
-        close(descriptor);
-        return nullptr;
-    }
-    return std::unique_ptr<FileSource>(
-        new FileSource(descriptor, static_cast<std::uint64_t>(status.st_size)));
+    std::uint64_t size = 0;
+    const int descriptor = rb::files::openRegularFile(nativePath, size, reason);
+    if (descriptor < 0) return nullptr;
+    return std::unique_ptr<FileSource>(new FileSource(descriptor, size));
 }
 
 FileSource::~FileSource() { close(m_descriptor); }
