@@ -236,3 +236,30 @@ TEST(KVRFileSystem, refuses_what_the_user_may_not_do) {
     fs::permissions(folder.path() / "closed", fs::perms::owner_all);
     EXPECT_TRUE(fs::exists(file));
 }
+
+TEST(KVRReadFile, reads_whole_files_up_to_a_limit) {
+    const TempFolder folder;
+    const std::string path = folder.write("a", std::string("one\0two", 7));
+    std::string content = "old", reason = "old";
+    EXPECT_EQ(KVRReadFile(path, 7, content, reason), S_OK);
+    EXPECT_EQ(content, std::string("one\0two", 7));
+    EXPECT_EQ(KVRReadFile(path, 6, content, reason), E_FAIL);
+    EXPECT_EQ(content, "");
+    EXPECT_EQ(reason, "one of 7 bytes, where 6 are the most");
+    EXPECT_EQ(KVRReadFile(folder.write("empty"), 6, content, reason), S_OK);
+    EXPECT_EQ(content, "");
+}
+
+TEST(KVRReadFile, reads_regular_files_only) {
+    const TempFolder folder;
+    const std::string pipe = folder.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::string content = "old", reason;
+    EXPECT_EQ(KVRReadFile(pipe, 100, content, reason), E_FAIL);
+    EXPECT_EQ(reason, "something else than a regular file");
+    EXPECT_EQ(content, "");
+    EXPECT_EQ(KVRReadFile(folder.path().string(), 100, content, reason), E_FAIL);
+    EXPECT_EQ(reason, "a folder");
+    EXPECT_EQ(KVRReadFile(folder.file("none"), 100, content, reason), E_FAIL);
+    EXPECT_EQ(reason, "No such file or directory");
+}
