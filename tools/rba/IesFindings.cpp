@@ -1,5 +1,6 @@
 #include "tools/rba/IesFindings.h"
 
+#include "tools/rba/FileText.h"
 #include "tools/rba/Output.h"
 
 namespace rb::cli {
@@ -13,7 +14,7 @@ bool contains(std::string_view text, std::string_view what) {
 
 std::string inQuotes(std::string_view text) {
     constexpr std::size_t kShown = 60;
-    return "'" + onOneLine(text.substr(0, kShown)) + (text.size() > kShown ? "...'" : "'");
+    return "'" + onOneLine(shortened(text, kShown)) + "'";
 }
 
 /// Some editors put a mark before the first line of UTF-8 texts.
@@ -78,6 +79,11 @@ void findInHeader(const Photometry& photometry, std::vector<Finding>& findings) 
                             "the photometry is absolute (lumens are -1), and yet intensities "
                             "are multiplied by the number of lamps, " +
                                 std::to_string(rest.lampCount)});
+    if (record.ballastFactor != 1 || rest.futureUse != 1)
+        findings.push_back({"ballast-not-applied",
+                            "the ballast factor is " + shortText(record.ballastFactor) +
+                                " and the ballast-lamp factor " + shortText(rest.futureUse) +
+                                ": intensities are not multiplied by them"});
     if (record.photometricType < kTypeC || record.photometricType > kTypeA)
         findings.push_back({"type-unknown", "the photometric type is " +
                                                 std::to_string(record.photometricType) +
