@@ -222,8 +222,14 @@ TEST_F(IesCheck, factors_of_the_ballast_are_not_applied) {
     EXPECT_EQ(codesOf(ies.build()), Codes{"ballast-not-applied"});
     ies.ballast = "1.0";
     EXPECT_EQ(codesOf(ies.build()), Codes{});
-    ies.ballastLamp = "0.95";
+    ies.ballastLamp = "0.95";  // editions since 1995 have other things there
+    EXPECT_EQ(codesOf(ies.build()), Codes{});
+    ies.version = "IESNA:LM-63-2002";
+    EXPECT_EQ(codesOf(ies.build()), Codes{"dialect-unknown"});
+    ies.version = "IESNA91";
     EXPECT_EQ(codesOf(ies.build()), Codes{"ballast-not-applied"});
+    ies.version = "a label of 1986";
+    EXPECT_EQ(codesOf(ies.build()), (Codes{"ballast-not-applied", "dialect-unknown"}));
 }
 
 TEST_F(IesCheck, types_a_and_b) {

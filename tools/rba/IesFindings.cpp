@@ -71,6 +71,24 @@ void findInTilt(const Photometry& photometry, std::vector<Finding>& findings) {
     }
 }
 
+/// Editions since 1995 keep other things in the place of the ballast-lamp factor.
+bool hasBallastLampFactor(const Photometry& photometry) {
+    const int version = photometry.record.formatVersion;
+    return version == 2 || (version == 1 && !contains(photometry.firstLine, "LM-63"));
+}
+
+void findInBallast(const Photometry& photometry, std::vector<Finding>& findings) {
+    const auto add = [&findings](const char* name, float factor) {
+        if (factor != 1)
+            findings.push_back({"ballast-not-applied", std::string("the ") + name + " factor is " +
+                                                           shortText(factor) +
+                                                           ": intensities are not multiplied by "
+                                                           "it"});
+    };
+    add("ballast", photometry.record.ballastFactor);
+    if (hasBallastLampFactor(photometry)) add("ballast-lamp", photometry.rest.futureUse);
+}
+
 void findInHeader(const Photometry& photometry, std::vector<Finding>& findings) {
     const auto& rest = photometry.rest;
     const auto& record = photometry.record;
@@ -79,11 +97,6 @@ void findInHeader(const Photometry& photometry, std::vector<Finding>& findings) 
                             "the photometry is absolute (lumens are -1), and yet intensities "
                             "are multiplied by the number of lamps, " +
                                 std::to_string(rest.lampCount)});
-    if (record.ballastFactor != 1 || rest.futureUse != 1)
-        findings.push_back({"ballast-not-applied",
-                            "the ballast factor is " + shortText(record.ballastFactor) +
-                                " and the ballast-lamp factor " + shortText(rest.futureUse) +
-                                ": intensities are not multiplied by them"});
     if (record.photometricType < kTypeC || record.photometricType > kTypeA)
         findings.push_back({"type-unknown", "the photometric type is " +
                                                 std::to_string(record.photometricType) +
@@ -116,6 +129,7 @@ void findInText(const Photometry& photometry, std::vector<Finding>& findings) {
     findInKeywords(photometry, findings);
     findInTilt(photometry, findings);
     findInHeader(photometry, findings);
+    findInBallast(photometry, findings);
     findInCounts(photometry, findings);
 }
 
