@@ -84,7 +84,9 @@ private:
     void Resume(std::uint32_t group, std::uint32_t timer) noexcept;
     void Pause(std::uint32_t group, std::uint32_t timer) noexcept;
     const Timer* GetTimer(std::uint32_t group, std::uint32_t timer) const noexcept;
-    Group* FindGroup(std::uint32_t group) noexcept;
+    Group* FindGroup(std::uint32_t group) noexcept;  // null when it is not active
+    static void Start(Group& timers, std::uint32_t timer) noexcept;
+    static void Stop(Group& timers, std::uint32_t timer) noexcept;
 
     std::unordered_map<std::uint32_t, Group> m_groups;  // the active ones
 };

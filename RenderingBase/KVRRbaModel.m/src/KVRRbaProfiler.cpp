@@ -79,34 +79,40 @@ bool KVRRbaProfiler::IsActive(std::uint32_t group) const noexcept {
     return m_groups.contains(group);
 }
 
+// The names of timers are hashed in active groups only.
+
 void KVRRbaProfiler::Resume(const char* group, const char* timer) noexcept {
-    Resume(idOf(group), idOf(timer));
+    if (Group* const timers = FindGroup(idOf(group))) Start(*timers, idOf(timer));
 }
 
 void KVRRbaProfiler::Resume(std::uint32_t group, std::uint32_t timer) noexcept {
-    Group* const timers = FindGroup(group);
-    if (!timers) return;
-    record([&] {
-        Timer& resumed = (*timers)[timer];
-        resumed.startNs = nowNs();  // last, so that the search is not measured
-    });
+    if (Group* const timers = FindGroup(group)) Start(*timers, timer);
 }
 
 void KVRRbaProfiler::Pause(const char* group, const char* timer) noexcept {
-    Pause(idOf(group), idOf(timer));
+    if (Group* const timers = FindGroup(idOf(group))) Stop(*timers, idOf(timer));
 }
 
 void KVRRbaProfiler::Pause(std::uint32_t group, std::uint32_t timer) noexcept {
-    Group* const timers = FindGroup(group);
-    if (!timers) return;
-    const std::int64_t endNs = nowNs();  // before the timer is searched for
+    if (Group* const timers = FindGroup(group)) Stop(*timers, timer);
+}
+
+void KVRRbaProfiler::Start(Group& timers, std::uint32_t timer) noexcept {
     record([&] {
-        Timer& paused = (*timers)[timer];
-        const std::int64_t durationUs = rb::kernels::microsecondsBetween(paused.startNs, endNs);
+        Timer& started = timers[timer];
+        started.startNs = nowNs();  // last, so that the search is not measured
+    });
+}
+
+void KVRRbaProfiler::Stop(Group& timers, std::uint32_t timer) noexcept {
+    const std::int64_t endNs = nowNs();  // first, for the same reason
+    record([&] {
+        Timer& stopped = timers[timer];
+        const std::int64_t durationUs = rb::kernels::microsecondsBetween(stopped.startNs, endNs);
         // First what may fail, so that a measure is kept as a whole or not at all.
-        if (keepsSamples()) paused.samplesUs.push_back(durationUs);
-        paused.accumulatedUs += durationUs;
-        ++paused.hitCount;
+        if (keepsSamples()) stopped.samplesUs.push_back(durationUs);
+        stopped.accumulatedUs += durationUs;
+        ++stopped.hitCount;
     });
 }
 
