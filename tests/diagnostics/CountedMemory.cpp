@@ -10,15 +10,23 @@ bool g_hasMemory = true;
 std::size_t g_allocations = 0;
 std::size_t g_liveBytes = 0;
 
-}  // namespace
-
-void* operator new(std::size_t size) {
+void* allocate(std::size_t size) {
     void* const block = g_hasMemory ? std::malloc(size) : nullptr;
-    if (!block) throw std::bad_alloc();
+    if (!block) return nullptr;
     ++g_allocations;
     g_liveBytes += malloc_usable_size(block);
     return block;
 }
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    void* const block = allocate(size);
+    if (!block) throw std::bad_alloc();
+    return block;
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
 
 void operator delete(void* block) noexcept {
     g_liveBytes -= malloc_usable_size(block);
