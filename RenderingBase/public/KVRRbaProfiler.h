@@ -97,13 +97,12 @@ class KVRRbaProfiler::Id {
 public:
     template <std::size_t Size>
     consteval Id(const char (&literal)[Size]) noexcept : m_value(Hash(literal)) {}
-
-    /// For names that are made at run time: pointers, and arrays that can be written to.
-    template <class Text>
-    requires(std::is_convertible_v<Text, const char*> &&
-             !(std::is_array_v<std::remove_reference_t<Text>> &&
-               std::is_const_v<std::remove_reference_t<Text>>)) constexpr Id(Text&& name) noexcept
-        : m_value(Hash(name)) {}
+    /// For names that are made at run time.
+    template <std::size_t Size>
+    constexpr Id(char (&buffer)[Size]) noexcept : m_value(Hash(buffer)) {}
+    template <class Pointer>
+    requires std::is_pointer_v<Pointer>
+    constexpr Id(const Pointer& name) noexcept : m_value(Hash(name)) {}
 
     constexpr std::uint32_t Value() const noexcept { return m_value; }
 
