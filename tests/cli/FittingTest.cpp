@@ -5,16 +5,14 @@
 namespace rb::test {
 namespace {
 
-constexpr const char* kVariable = "RND_MATERIAL_NOT_FITTED";
-
 class FittingCommand : public testing::Test {
 protected:
-    FittingCommand() { unsetenv(kVariable); }  // whatever it is on this machine
+    FittingCommand() { unsetenv("RND_MATERIAL_NOT_FITTED"); }  // whatever it is on this machine
 
     /// With the variable defined.
     static RbaResult runWith(const std::string& value, const Arguments& arguments) {
         RbaSettings settings;
-        settings.environment = {std::string(kVariable) + "=" + value};
+        settings.environment = {"RND_MATERIAL_NOT_FITTED=" + value};
         return runRba(arguments, settings);
     }
 };
