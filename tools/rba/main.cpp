@@ -30,6 +30,7 @@ int runProgram(int count, const char* const* arguments) {
     addTextureCommands(*program, context);
     addIesCommands(*program, context);
     addEnvCommand(*program, context);
+    addFittingCommand(*program, context);
     addSettingsCommands(*program, context);
     addTourCommand(*program, context);
 
