@@ -20,6 +20,9 @@ void addCommonFlags(CLI::App& app, Context& context) {
     app.set_help_flag("-h,--help", "Print this help and exit")->group(kCommonOptions);
     app.add_flag("--json", context.json, "Print one JSON value in place of text")
         ->group(kCommonOptions);
+    app.add_flag("--profile", context.profile,
+                 "Tell how long the calls of the library took, on standard error")
+        ->group(kCommonOptions);
     app.add_flag("--quiet", context.quiet, "No progress and no confirmations")
         ->group(kCommonOptions);
 }

@@ -13,6 +13,7 @@ inline constexpr int kDone = 0, kFailed = 1, kWrongUsage = 2;
 /// What every command gets: the options that all share, and where results go.
 struct Context {
     bool json = false;            ///< Print one JSON value in place of text.
+    bool profile = false;         ///< Tell how long the calls of the library took.
     bool quiet = false;           ///< No progress and no confirmations.
     std::ostream* out = nullptr;  ///< Results; `std::cout` is not the place for them.
     std::function<int()> action;  ///< The command that was typed; empty without one.

@@ -2,6 +2,7 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/Profile.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -13,7 +14,7 @@ namespace {
 struct EnvArguments {};
 
 int runEnv(Context& context, const EnvArguments&) {
-    const auto settings = KVRRbaSettings::All();
+    const auto settings = measured("KVRRbaSettings", "All", &KVRRbaSettings::All);
     if (context.json) {
         Json result = Json::object();
         for (const auto& setting : settings)

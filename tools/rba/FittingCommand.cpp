@@ -2,6 +2,7 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/Profile.h"
 
 namespace rb::cli {
 namespace {
@@ -13,7 +14,8 @@ struct FittingArguments {};
 const char* onOrOff(bool isOn) { return isOn ? "on" : "off"; }
 
 int runFitting(Context& context, const FittingArguments&) {
-    if (!Controller::GetMaterialFittingController())
+    if (!measured("KVRRbaMaterialFittingController", "GetMaterialFittingController",
+                  &Controller::GetMaterialFittingController))
         throw Failure("expected memory for the controller of material fitting, found too little");
     const bool glossiness = Controller::getMaterialGlossFittingActiveState();
     const bool fresnel = Controller::getMaterialFresnelFittingState();

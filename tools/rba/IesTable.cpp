@@ -127,8 +127,8 @@ private:
                static_cast<std::size_t>(m_arguments.channels);
     }
     void resample(const Photometry& photometry, float* table) const {
-        KVRRbaIESLoader::resample(photometry.record, m_arguments.theta, m_arguments.phi,
-                                  m_arguments.channels, m_orientation, table);
+        fillTable(photometry.record, m_arguments.theta, m_arguments.phi, m_arguments.channels,
+                  m_orientation, table);
     }
     Extent makePicture(const Photometry& photometry, const char* writer) const {
         const Image image = Image::Adopt(KVRPixelImage::CreateUnfilled(

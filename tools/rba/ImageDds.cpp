@@ -4,6 +4,7 @@
 #include "tools/rba/Images.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 #include "tools/rba/Sheet.h"
 #include "tools/rba/Textures.h"
 
@@ -71,7 +72,9 @@ Json toJson(const std::string& path, int kind, const Texture& texture) {
 int runDds(Context& context, const DdsArguments& arguments) {
     const char* const writer = arguments.sheet.empty() ? nullptr : writerOf(arguments.sheet);
     // Before the texture is there: it is read once more for its kind.
-    const int kind = KVRRbaImageServices::CheckDDSFormat(frameworkPath(arguments.path));
+    const int kind = measured("KVRRbaImageServices", "CheckDDSFormat", [&] {
+        return KVRRbaImageServices::CheckDDSFormat(frameworkPath(arguments.path));
+    });
     const Texture texture = Texture::load(arguments.path);
     KVRVar<KVRPixelImage> sheet;
     if (writer) {

@@ -2,6 +2,7 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Images.h"
+#include "tools/rba/Profile.h"
 
 namespace rb::cli {
 namespace {
@@ -13,6 +14,7 @@ using Services = KVRRbaImageServices;
 struct Derivation {
     const char* name;
     const char* help;
+    const char* service;
     KVRPixelImage* (*derive)(KVRPixelImage* source);
 };
 
@@ -20,20 +22,24 @@ constexpr Derivation kDerivations[] = {
     {"grey",
      "Make a picture grey: each pixel becomes its HSL lightness, half way between its "
      "greatest and its smallest colour.",
+     "ComputeGreyScaleImage",
      [](KVRPixelImage* source) { return Services::ComputeGreyScaleImage(source); }},
     {"mono",
      "Make a picture black and white: a pixel whose red, green and blue add up to 383 or "
      "more becomes white.",
+     "ComputeMonochromaImage",
      [](KVRPixelImage* source) { return Services::ComputeMonochromaImage(source); }},
-    {"negative", "Make the negative of a picture. Its transparency stays.",
+    {"negative", "Make the negative of a picture. Its transparency stays.", "ComputeNegativeImage",
      [](KVRPixelImage* source) { return Services::ComputeNegativeImage(source); }},
     {"alpha-invert",
      "Make transparent what is opaque, and the reverse; jpg and jpeg drop transparency.",
+     "ComputeAlphaInvertImage",
      [](KVRPixelImage* source) { return Services::ComputeAlphaInvertImage(source); }},
     {"mask", "Make the mask of a picture: white where it is transparent, black where it is opaque.",
+     "GenerateMaskFromAlpha",
      [](KVRPixelImage* source) { return Services::GenerateMaskFromAlpha(source); }},
     {"bump", "Make the normal map of a picture, whose brightness is taken for its height.",
-     [](KVRPixelImage* source) { return Services::GenerateBumpMap(source); }},
+     "GenerateBumpMap", [](KVRPixelImage* source) { return Services::GenerateBumpMap(source); }},
 };
 
 struct DeriveArguments {
@@ -45,7 +51,9 @@ int runDerive(Context& context, const DeriveArguments& arguments) {
     const char* const writer = writerOf(arguments.out);
     const Image source = loadImage(arguments.in);
     checkDisplayable(arguments.in, *source.Get());
-    const Image result = Image::Adopt(arguments.derivation->derive(source.Get()));
+    const Derivation& derivation = *arguments.derivation;
+    const Image result = Image::Adopt(measured("KVRRbaImageServices", derivation.service,
+                                               [&] { return derivation.derive(source.Get()); }));
     if (!result) throw Failure(arguments.in, "expected memory for the result, found none");
     writeImage(*result.Get(), arguments.out, writer);
     printImage(context, arguments.out, *result.Get());

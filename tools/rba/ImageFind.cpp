@@ -4,6 +4,7 @@
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 
 namespace rb::cli {
 namespace {
@@ -35,8 +36,10 @@ int runFind(Context& context, const FindArguments& arguments) {
         throw UsageError(std::string("--kind: expected ") + kKinds + ", found " +
                          std::to_string(arguments.kind));
     KVRUnicodeString found;
-    const int status = KVRRbaImageServices::FindImageInPaths(
-        arguments.kind, frameworkPath(arguments.path), found, nullptr);
+    const int status = measured("KVRRbaImageServices", "FindImageInPaths", [&] {
+        return KVRRbaImageServices::FindImageInPaths(arguments.kind, frameworkPath(arguments.path),
+                                                     found, nullptr);
+    });
     const std::string place = typedPath(found);
     if (context.json)
         printJson(*context.out,

@@ -2,6 +2,7 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/Profile.h"
 
 #include <array>
 #include <charconv>
@@ -35,15 +36,23 @@ std::optional<std::uint16_t> readPattern(std::string_view text) {
     return bits;
 }
 
+openexr_half toHalf(float value) {
+    return measured("openexr_half", "float_to_half", [&] { return float_to_half(value); });
+}
+
+float toFloat(openexr_half half) {
+    return measured("openexr_half", "half_to_float", [&] { return half_to_float(half); });
+}
+
 HalfRow convert(const std::string& text) {
     HalfRow row;
     if (const auto bits = readPattern(text)) {
         row.half = openexr_half(*bits);
-        row.value = half_to_float(row.half);
-        row.back = half_to_float(float_to_half(row.value));
+        row.value = toFloat(row.half);
+        row.back = toFloat(toHalf(row.value));
     } else if (readNumber(text, row.value) == std::errc()) {
-        row.half = float_to_half(row.value);
-        row.back = half_to_float(row.half);
+        row.half = toHalf(row.value);
+        row.back = toFloat(row.half);
     } else {
         throw UsageError(
             "VALUE: expected a number in the range of float (such as 0.1, -inf or nan) or 16 bits "

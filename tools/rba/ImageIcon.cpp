@@ -3,6 +3,7 @@
 #include "tools/rba/Commands.h"
 #include "tools/rba/Images.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/Profile.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -50,8 +51,9 @@ int runIcon(Context& context, const IconArguments& arguments) {
                          std::to_string(arguments.size));
     const Image source = loadImage(arguments.in);
     KVRPixelImage* made = nullptr;
-    const HRESULT status =
-        KVRRbaImageServices::ComputeIconImage(source.Get(), arguments.size, made);
+    const HRESULT status = measured("KVRRbaImageServices", "ComputeIconImage", [&] {
+        return KVRRbaImageServices::ComputeIconImage(source.Get(), arguments.size, made);
+    });
     const Image icon = Image::Adopt(made);
     if (Failed(status))
         throw Failure(arguments.in, reasonOf(status, *source.Get(), arguments.size));

@@ -1,4 +1,3 @@
-#include "RenderingBase/host/imaging/KVRMMRasterAdministrator.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
@@ -6,6 +5,7 @@
 #include "tools/rba/Output.h"
 #include "tools/rba/PathList.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 
 #include <optional>
 
@@ -28,17 +28,17 @@ struct ImageFacts {
 ImageFacts readFacts(const std::string& path) {
     const KVRVar<KVRPixelImage> image = loadImage(path);
     ImageFacts facts;
-    KVRRbaImageServices::GiveImageInfos(image.Get(), facts.width, facts.height, facts.dpi,
-                                        facts.widthMm, facts.heightMm);
+    measured("KVRRbaImageServices", "GiveImageInfos", [&] {
+        KVRRbaImageServices::GiveImageInfos(image.Get(), facts.width, facts.height, facts.dpi,
+                                            facts.widthMm, facts.heightMm);
+    });
     facts.format = static_cast<int>(image->GetFormat());
     facts.formatName = formatName(*image.Get());
 
     // The image itself is sRGB by now; only the file knows what it came with.
     KVRMMImageProp stored;
     KVRMMImageSize size;
-    const HRESULT status =
-        KVRMMRasterAdministrator::GetInstance()->GetImageInfo(frameworkPath(path), stored, size, 0);
-    if (Succeeded(status) && stored.hasProfile)
+    if (readHeader(path, stored, size) && stored.hasProfile)
         facts.profile = std::string(stored.profileName.View());
     return facts;
 }

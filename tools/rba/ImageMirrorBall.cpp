@@ -71,9 +71,7 @@ Image ballOfFaces(std::span<const std::string> paths) {
     std::ranges::transform(paths, faces.begin(),
                            [](const std::string& path) { return loadImage(path); });
     checkSizes(paths, faces);
-    Image ball = Image::Adopt(KVRRbaImageServices::BuildPixelImageFromAllFaces(
-        faces[0].Get(), faces[1].Get(), faces[2].Get(), faces[3].Get(), faces[4].Get(),
-        faces[5].Get()));
+    Image ball = mirrorBallOf(faces);
     if (!ball) throw Failure(paths.front(), "expected memory for the mirror ball, found none");
     return ball;
 }

@@ -2,6 +2,7 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/Profile.h"
 
 #include <cmath>
 #include <limits>
@@ -59,24 +60,40 @@ int print(Context& context, float value, const char* unit) {
 int runInferDpi(Context& context, const PxMm& arguments) {
     checkCount("PX", arguments.px);
     checkMeasure("MM", arguments.mm);
-    return print(context, KVRRbaImageServices::InferDpi(arguments.px, arguments.mm), "dpi");
+    return print(
+        context,
+        measured("KVRRbaImageServices", "InferDpi",
+                 [&] { return KVRRbaImageServices::InferDpi(arguments.px, arguments.mm); }),
+        "dpi");
 }
 
 int runSizeMm(Context& context, const PxDpi& arguments) {
     checkCount("PX", arguments.px);
     checkMeasure("DPI", arguments.dpi);
-    return print(context, KVRRbaImageServices::ComputeSizeMM(arguments.px, arguments.dpi), "mm");
+    return print(
+        context,
+        measured("KVRRbaImageServices", "ComputeSizeMM",
+                 [&] { return KVRRbaImageServices::ComputeSizeMM(arguments.px, arguments.dpi); }),
+        "mm");
 }
 
 int runSizePx(Context& context, const MmDpi& arguments) {
     checkMeasure("MM", arguments.mm);
     checkCount("DPI", arguments.dpi);
-    return print(context, KVRRbaImageServices::ComputeSizePx(arguments.mm, arguments.dpi), "px");
+    return print(
+        context,
+        measured("KVRRbaImageServices", "ComputeSizePx",
+                 [&] { return KVRRbaImageServices::ComputeSizePx(arguments.mm, arguments.dpi); }),
+        "px");
 }
 
 int runDotSize(Context& context, const Dpi& arguments) {
     checkMeasure("DPI", arguments.dpi);
-    return print(context, KVRRbaImageServices::DotsPerInchToDotsPerMM(arguments.dpi), "mm");
+    return print(
+        context,
+        measured("KVRRbaImageServices", "DotsPerInchToDotsPerMM",
+                 [&] { return KVRRbaImageServices::DotsPerInchToDotsPerMM(arguments.dpi); }),
+        "mm");
 }
 
 constexpr const char* kPxHelp = "Number of pixels";

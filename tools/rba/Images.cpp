@@ -5,6 +5,7 @@
 #include "tools/rba/Context.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 
 #include <array>
 #include <string_view>
@@ -13,21 +14,26 @@
 namespace rb::cli {
 namespace {
 
-using Converter = KVRPixelImage* (*)(KVRPixelImage* source);
+/// A service that makes 8 bits of a format.
+struct Converter {
+    const char* name = "";
+    KVRPixelImage* (*convert)(KVRPixelImage* source) = nullptr;
+};
 
-/// The service that makes 8 bits of a format; null when there is none.
+/// Null when there is none.
 Converter converterOf(KVRPixelImageFormat format) {
     switch (format) {
         case KVRPixelImageFormat::L_f:
         case KVRPixelImageFormat::RGB_f:
         case KVRPixelImageFormat::RGBA_f:
-            return KVRRbaImageServices::ConvertFloatTextureToRGBA;
+            return {"ConvertFloatTextureToRGBA", KVRRbaImageServices::ConvertFloatTextureToRGBA};
         case KVRPixelImageFormat::L_f16:
         case KVRPixelImageFormat::RGB_f16:
         case KVRPixelImageFormat::RGBA_f16:
-            return KVRRbaImageServices::ConvertHalfFloatTextureToRGBA;
+            return {"ConvertHalfFloatTextureToRGBA",
+                    KVRRbaImageServices::ConvertHalfFloatTextureToRGBA};
         default:
-            return nullptr;
+            return {};
     }
 }
 
@@ -44,7 +50,10 @@ std::string imageErrorReason() {
 KVRVar<KVRPixelImage> loadImage(const std::string& typedPath, int dpi,
                                 const KVRListValKVRUnicodeString& groups) {
     auto image = KVRVar<KVRPixelImage>::Adopt(
-        KVRRbaImageServices::CreatePixelImageFromFullPath(frameworkPath(typedPath), groups, dpi));
+        measured("KVRRbaImageServices", "CreatePixelImageFromFullPath", [&] {
+            return KVRRbaImageServices::CreatePixelImageFromFullPath(frameworkPath(typedPath),
+                                                                     groups, dpi);
+        }));
     if (!image) throw Failure(typedPath, imageErrorReason());
     return image;
 }
@@ -60,13 +69,14 @@ void checkDisplayable(const std::string& path, const KVRPixelImage& image) {
 
 KVRVar<KVRPixelImage> displayableImage(const std::string& path, KVRPixelImage& image) {
     if (isDisplayable(image)) return KVRVar<KVRPixelImage>(&image);
-    const Converter convert = converterOf(image.GetFormat());
-    if (!convert)
+    const Converter converter = converterOf(image.GetFormat());
+    if (!converter.convert)
         throw Failure(path,
                       std::string("expected an image with 8-bit pixels, or with half or float "
                                   "pixels in the order of red, green and blue, found ") +
                           formatName(image) + " pixels");
-    auto converted = KVRVar<KVRPixelImage>::Adopt(convert(&image));
+    auto converted = KVRVar<KVRPixelImage>::Adopt(
+        measured("KVRRbaImageServices", converter.name, [&] { return converter.convert(&image); }));
     if (!converted) throw Failure(path, "expected memory for a copy with 8 bits, found none");
     converted->SetResolution(image.GetXResolution(), image.GetYResolution(),
                              image.GetResolutionUnit());
@@ -100,9 +110,27 @@ const char* writerOf(const std::string& typedPath) {
     return writer;
 }
 
+bool readHeader(const std::string& typedPath, KVRMMImageProp& prop, KVRMMImageSize& size) {
+    return Succeeded(measured("KVRMMRasterAdministrator", "GetImageInfo", [&] {
+        return KVRMMRasterAdministrator::GetInstance()->GetImageInfo(frameworkPath(typedPath), prop,
+                                                                     size, 0);
+    }));
+}
+
+KVRVar<KVRPixelImage> mirrorBallOf(const std::array<KVRVar<KVRPixelImage>, 6>& faces) {
+    return KVRVar<KVRPixelImage>::Adopt(
+        measured("KVRRbaImageServices", "BuildPixelImageFromAllFaces", [&] {
+            return KVRRbaImageServices::BuildPixelImageFromAllFaces(faces[0].Get(), faces[1].Get(),
+                                                                    faces[2].Get(), faces[3].Get(),
+                                                                    faces[4].Get(), faces[5].Get());
+        }));
+}
+
 void writeImage(const KVRPixelImage& image, const std::string& typedPath, const char* writer) {
-    if (Failed(image.WriteToFile(frameworkPath(typedPath), writer)))
-        throw Failure(typedPath, imageErrorReason());
+    const HRESULT status = measured("KVRPixelImage", "WriteToFile", [&] {
+        return image.WriteToFile(frameworkPath(typedPath), writer);
+    });
+    if (Failed(status)) throw Failure(typedPath, imageErrorReason());
 }
 
 namespace {

@@ -4,10 +4,12 @@
 
 #include "RenderingBase/host/base/KVRList.h"
 #include "RenderingBase/host/base/KVRUnicodeString.h"
+#include "RenderingBase/host/imaging/KVRMMRasterAdministrator.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
 #include "tools/rba/Context.h"
 
+#include <array>
 #include <string>
 
 namespace rb::cli {
@@ -42,6 +44,12 @@ inline constexpr const char* kWrittenExtensions = "png, tif, tiff, bmp, jpg or j
 
 /// `writerFor` the extension of a typed path. Throws UsageError when such files are not written.
 const char* writerOf(const std::string& typedPath);
+
+/// Reads what the header of an image file says. @return  Whether it can be read.
+bool readHeader(const std::string& typedPath, KVRMMImageProp& prop, KVRMMImageSize& size);
+
+/// The mirror ball of six faces of one size, F1 to F6. Null without memory.
+KVRVar<KVRPixelImage> mirrorBallOf(const std::array<KVRVar<KVRPixelImage>, 6>& faces);
 
 /// Writes @p image with a writer from `writerOf`, whole or not at all. Throws Failure.
 void writeImage(const KVRPixelImage& image, const std::string& typedPath, const char* writer);

@@ -6,6 +6,7 @@
 #include "tools/rba/IesHint.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 
 #include <algorithm>
 #include <array>
@@ -40,8 +41,9 @@ Photometry loadPhotometry(const std::string& typedPath) {
     const std::string text = readText(typedPath);
     Photometry photometry;
     try {
-        const HRESULT status =
-            KVRRbaIESLoader::parseIESText(text, photometry.record, &photometry.rest);
+        const HRESULT status = measured("KVRRbaIESLoader", "parseIESText", [&] {
+            return KVRRbaIESLoader::parseIESText(text, photometry.record, &photometry.rest);
+        });
         if (Failed(status))
             throw Failure(typedPath, "expected as many angles as are declared, found less");
     } catch (const std::ios_base::failure& failure) {
@@ -77,6 +79,13 @@ float candelaAtAngles(const IESPhotometry& record, float vertical, float horizon
     const float down = isTypeC ? vertical : vertical + 90;
     const float azimuth = isTypeC ? horizontal : horizontal + 180;
     return KVRRbaIESLoader::candelaAt(record, (180 - down) / kDegrees, azimuth / kDegrees);
+}
+
+void fillTable(const IESPhotometry& record, int thetaCount, int phiCount, int channels,
+               const KVRMathVector& orientation, float* table) {
+    measured("KVRRbaIESLoader", "resample", [&] {
+        KVRRbaIESLoader::resample(record, thetaCount, phiCount, channels, orientation, table);
+    });
 }
 
 Peak peakOf(const IESPhotometry& record) {

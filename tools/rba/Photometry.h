@@ -39,6 +39,10 @@ Circle circleOf(const KVRRbaIESLoader::IESPhotometry& record);  ///< Has horizon
 float candelaAtAngles(const KVRRbaIESLoader::IESPhotometry& record, float vertical,
                       float horizontal);
 
+/// Fills a table of directions as `KVRRbaIESLoader::resample` does.
+void fillTable(const KVRRbaIESLoader::IESPhotometry& record, int thetaCount, int phiCount,
+               int channels, const KVRMathVector& orientation, float* table);
+
 /// The largest stored intensity, in candelas, and where it is.
 struct Peak {
     float candela = 0, vertical = 0, horizontal = 0;

@@ -4,6 +4,7 @@
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 
 namespace rb::cli {
 namespace {
@@ -20,7 +21,9 @@ struct SetArguments {
 
 std::string readSetting(const KVRSettingRepository& repository, const std::string& name) {
     KVRUnicodeString value;
-    if (Failed(repository.ReadSetting(name.c_str(), value)))
+    const HRESULT status = measured("KVRSettingRepository", "ReadSetting",
+                                    [&] { return repository.ReadSetting(name.c_str(), value); });
+    if (Failed(status))
         throw Failure(typedPath(repository.GetFilePath()),
                       "expected a setting '" + name + "', found none that can be read");
     return std::string(value.View());
@@ -34,7 +37,9 @@ void listRepository(const std::string& name, const Context& context, Json& resul
     const auto repository = Repository::Adopt(KVRSettingRepository::GetRepository(name.c_str()));
     std::vector<KVRSettingRepository::Setting> settings;
     if (!repository) return;  // removed since it was listed
-    if (Failed(repository->ListSettings(settings)))
+    const HRESULT status = measured("KVRSettingRepository", "ListSettings",
+                                    [&] { return repository->ListSettings(settings); });
+    if (Failed(status))
         throw Failure(typedPath(repository->GetFilePath()),
                       "expected a settings file, found one that cannot be read");
     if (!context.json)
@@ -87,8 +92,9 @@ int runSet(Context& context, const SetArguments& arguments) {
         throw Failure(named(arguments.repository, "name"),
                       "expected a settings repository that can be made, found a name or a folder "
                       "that does not allow it");
-    const HRESULT status =
-        repository->WriteSetting(arguments.name.c_str(), KVRUnicodeString(arguments.value));
+    const HRESULT status = measured("KVRSettingRepository", "WriteSetting", [&] {
+        return repository->WriteSetting(arguments.name.c_str(), KVRUnicodeString(arguments.value));
+    });
     const std::string file = typedPath(repository->GetFilePath());
     if (status == E_INVALIDARG)
         throw Failure(file, "expected a name of letters, digits, '_', '-' and '.', found '" +

@@ -5,6 +5,7 @@
 #include "tools/rba/Output.h"
 #include "tools/rba/PathList.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 
 namespace rb::cli {
 namespace {
@@ -24,7 +25,9 @@ struct ImportFacts {
 ImportFacts import(const std::string& path) {
     TextureResult result;
     ImportFacts facts;
-    facts.status = KVRRbaTextureLoader::GetInstance().ImportTexture(frameworkPath(path), result);
+    facts.status = measured("KVRRbaTextureLoader", "ImportTexture", [&] {
+        return KVRRbaTextureLoader::GetInstance().ImportTexture(frameworkPath(path), result);
+    });
     const auto image = KVRVar<KVRPixelImage>::Adopt(result.GetPixelImage());
     if (!image) throw Failure(path, imageErrorReason());
     image->GetSize(facts.width, facts.height);

@@ -3,6 +3,7 @@
 #include "tools/rba/Context.h"
 #include "tools/rba/Images.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 
 #include <utility>
 
@@ -12,8 +13,9 @@ Texture Texture::load(const std::string& typedPath) {
     constexpr int kDecodeOnProcessor = 1;
     const KVRUnicodeString path = frameworkPath(typedPath);
     std::string container(KVRTextureContainerOf(path));
-    auto image =
-        KVRVar<KVRTexturePixelImage>::Adopt(CreateTextureFromFile(path, kDecodeOnProcessor));
+    auto image = KVRVar<KVRTexturePixelImage>::Adopt(
+        measured("KVRTexturePixelImage", "CreateTextureFromFile",
+                 [&] { return CreateTextureFromFile(path, kDecodeOnProcessor); }));
     if (!image) throw Failure(typedPath, imageErrorReason());
     return {std::move(container), std::move(image)};
 }

@@ -3,6 +3,7 @@
 #include "tools/rba/Interrupt.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/OutputFile.h"
+#include "tools/rba/Profile.h"
 #include "tools/rba/tour/Tour.h"
 
 #include <cstdlib>
@@ -84,6 +85,7 @@ void printResult(Context& context, const std::string& path) {
 int runTour(Context& context, const TourArguments& arguments) try {
     const InterruptGuard guard;
     const ScratchFolder scratch;
+    startProfile();
     const fs::path program = ownProgram();
     const fs::path path = fs::path(arguments.folder) / "index.html";
     const tour::Page page = tour::buildPage(

@@ -1,14 +1,15 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/Profile.h"
 
 #include <exception>
-#include <ostream>
+#include <iostream>
 
 namespace rb::cli {
 namespace {
 
-int perform(const Context& context) {
+int act(const Context& context) {
     try {
         return context.action();
     } catch (const UsageError& error) {
@@ -18,6 +19,13 @@ int perform(const Context& context) {
         printError(error.what());
         return kFailed;
     }
+}
+
+int perform(const Context& context) {
+    if (context.profile) startProfile();
+    const int status = act(context);
+    if (context.profile) printProfile(std::cerr, context.json);
+    return status;
 }
 
 int runProgram(int count, const char* const* arguments) {

@@ -4,6 +4,7 @@
 #include "tools/rba/Images.h"
 #include "tools/rba/Interrupt.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 #include "tools/rba/tour/ImageFiles.h"
 #include "tools/rba/tour/Picture.h"
 #include "tools/rba/tour/Tour.h"
@@ -141,8 +142,7 @@ struct Source {
 bool fits(const Group& group, const fs::path& path) {
     KVRMMImageProp prop;
     KVRMMImageSize size;
-    return !Failed(KVRMMRasterAdministrator::GetInstance()->GetImageInfo(
-               frameworkPath(path.string()), prop, size, 0)) &&
+    return readHeader(path.string(), prop, size) &&
            std::ranges::count(group.formats, prop.format) > 0;
 }
 
@@ -199,7 +199,8 @@ void writeSource(const TourInput& input, Html& page, const Source& source) {
 void writeStep(const TourInput& input, Html& page, const Source& source,
                const Derivation& derivation) {
     const Image copy = Image::Adopt(new KVRPixelImage(*source.image.Get()));  // some change it
-    const Image result = Image::Adopt(derivation.derive(copy.Get()));
+    const Image result = Image::Adopt(measured("KVRRbaImageServices", derivation.service,
+                                               [&] { return derivation.derive(copy.Get()); }));
     if (!result) throw Failure(source.name, "expected memory for what is derived, found none");
     page << R"(<article class="card step">)"_html;
     writeFrame(page, makeExactPicture(*result.Get(), input.scratch),

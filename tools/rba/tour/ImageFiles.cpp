@@ -1,6 +1,7 @@
 #include "tools/rba/tour/ImageFiles.h"
 
 #include "RenderingBase/public/KVRRbaImageServices.h"
+#include "tools/rba/Profile.h"
 #include "tools/rba/tour/Files.h"
 
 #include <algorithm>
@@ -21,8 +22,10 @@ bool isImage(const std::string& kind) {
     if (isTexture(kind)) return false;
     constexpr int kImages = 1, kNotAccepted = -1;  // of FindImageInPaths
     KVRUnicodeString place;
-    const int status = KVRRbaImageServices::FindImageInPaths(
-        kImages, KVRUnicodeString("sample." + kind), place, nullptr);
+    const int status = measured("KVRRbaImageServices", "FindImageInPaths", [&] {
+        return KVRRbaImageServices::FindImageInPaths(kImages, KVRUnicodeString("sample." + kind),
+                                                     place, nullptr);
+    });
     return status != kNotAccepted || kind == "tiff";
 }
 

@@ -4,6 +4,7 @@
 #include "tools/rba/Images.h"
 #include "tools/rba/Interrupt.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 #include "tools/rba/tour/DamagedFiles.h"
 #include "tools/rba/tour/ImageFiles.h"
 #include "tools/rba/tour/Picture.h"
@@ -58,12 +59,13 @@ Sample visit(const fs::path& path, const TourInput& input) {
     sample.name = path.lexically_relative(input.samples).generic_string();
     try {
         const KVRVar<KVRPixelImage> image = readTimed(path.string(), sample.milliseconds);
-        KVRRbaImageServices::GiveImageInfos(image.Get(), sample.width, sample.height, sample.dpi,
-                                            sample.widthMm, sample.heightMm);
+        measured("KVRRbaImageServices", "GiveImageInfos", [&] {
+            KVRRbaImageServices::GiveImageInfos(image.Get(), sample.width, sample.height,
+                                                sample.dpi, sample.widthMm, sample.heightMm);
+        });
         sample.format = static_cast<int>(image->GetFormat());
         sample.formatName = formatName(*image.Get());
-        KVRMMRasterAdministrator::GetInstance()->GetImageInfo(frameworkPath(path.string()),
-                                                              sample.stored, sample.size, 0);
+        readHeader(path.string(), sample.stored, sample.size);
         sample.picture = makePicture(*image.Get(), kLongestSide, input.scratch);
     } catch (const Failure& failure) {
         sample.refusal = failure.reason();

@@ -4,6 +4,7 @@
 #include "tools/rba/Images.h"
 #include "tools/rba/Interrupt.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 #include "tools/rba/tour/Files.h"
 #include "tools/rba/tour/ImageFiles.h"
 #include "tools/rba/tour/Picture.h"
@@ -36,19 +37,20 @@ struct Import {
     double milliseconds = 0;
 };
 
-std::string statedResolution(const KVRUnicodeString& path) {
+std::string statedResolution(const std::string& path) {
     KVRMMImageProp prop;
     KVRMMImageSize size;
-    const HRESULT status =
-        KVRMMRasterAdministrator::GetInstance()->GetImageInfo(path, prop, size, 0);
-    if (Failed(status) || size.GetXResolution() == 0) return {};
+    if (!readHeader(path, prop, size) || size.GetXResolution() == 0) return {};
     constexpr const char* kUnits[] = {"", "", " per inch", " per cm"};
     return numberText(static_cast<float>(size.GetXResolution())) + kUnits[size.GetResolutionUnit()];
 }
 
 TextureResult importTexture(const fs::path& path) {
     TextureResult result;
-    KVRRbaTextureLoader::GetInstance().ImportTexture(frameworkPath(path.string()), result);
+    measured("KVRRbaTextureLoader", "ImportTexture", [&] {
+        return KVRRbaTextureLoader::GetInstance().ImportTexture(frameworkPath(path.string()),
+                                                                result);
+    });
     return result;
 }
 
@@ -63,7 +65,7 @@ void read(Import& import) {
     import.formatName = formatName(*image.Get());
     import.isDisplayable = isDisplayable(*image.Get());
     import.dpi = result.GetMetadata().xResolution;
-    import.stated = statedResolution(frameworkPath(import.path.string()));
+    import.stated = statedResolution(import.path.string());
     if (const IVisTexturePtr texture = result.CreateVisuTexture())
         import.texture = texture->GetDescription();
 }

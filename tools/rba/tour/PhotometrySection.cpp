@@ -36,7 +36,7 @@ Table tableOf(const Photometry& photometry, const KVRMathVector& orientation) {
         Image::Adopt(KVRPixelImage::CreateUnfilled(kColumns, kRows, KVRPixelImageFormat::L_f));
     float* const values = table.image->GetFloatingPixelsToModify();
     const Clock::time_point start = Clock::now();
-    KVRRbaIESLoader::resample(photometry.record, kRows, kColumns, 1, orientation, values);
+    fillTable(photometry.record, kRows, kColumns, 1, orientation, values);
     const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
     table.milliseconds = taken.count();
     return table;

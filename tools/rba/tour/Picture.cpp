@@ -44,8 +44,7 @@ Image displayable(const KVRPixelImage& image, int longestSide) {
 std::string encode(const KVRPixelImage& image, const char* writer,
                    const std::filesystem::path& scratch) {
     const std::filesystem::path path = scratch / "picture";
-    if (Failed(image.WriteToFile(frameworkPath(path.string()), writer)))
-        throw Failure(path.string(), imageErrorReason());
+    writeImage(image, path.string(), writer);
     return readFile(path);
 }
 

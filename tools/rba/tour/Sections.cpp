@@ -5,7 +5,7 @@
 namespace rb::cli::tour {
 
 std::span<const Section> sections() {
-    static constexpr std::array<Section, 7> kSections{{
+    static constexpr std::array<Section, 8> kSections{{
         {"images", "Images from file to pixels", writeImagesSection},
         {"derived", "Derived images", writeDerivedSection},
         {"textures", "Texture files: faces, levels, mirror ball", writeTexturesSection},
@@ -13,6 +13,7 @@ std::span<const Section> sections() {
         {"photometry", "Photometry", writePhotometrySection},
         {"search", "Where image files are found", writeSearchSection},
         {"half", "Half floats", writeHalfSection},
+        {"profile", "Where the time went", writeProfileSection},  // measures those above
     }};
     return kSections;
 }

@@ -3,6 +3,7 @@
 #include "tools/rba/Images.h"
 #include "tools/rba/Interrupt.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 #include "tools/rba/Sheet.h"
 #include "tools/rba/Textures.h"
 #include "tools/rba/tour/DamagedFiles.h"
@@ -64,7 +65,9 @@ void read(Sample& sample) {
         texture.image().GetSize(sample.width, sample.height);
         sample.faces = texture.faces();
         sample.levels = texture.levels();
-        sample.kind = KVRRbaImageServices::CheckDDSFormat(frameworkPath(path));
+        sample.kind = measured("KVRRbaImageServices", "CheckDDSFormat", [&] {
+            return KVRRbaImageServices::CheckDDSFormat(frameworkPath(path));
+        });
     } catch (const Failure& failure) {
         sample.refusal = failure.reason();
     }
@@ -162,11 +165,7 @@ Ball ballOfFaces(const Sample& sample) {
     std::array<Image, 6> faces;
     std::ranges::transform(std::array{3, 2, 0, 1, 5, 4}, faces.begin(),
                            [&](int face) { return texture.surface(face, 0); });
-    std::tie(ball.image, ball.milliseconds) = timed([&] {
-        return Image::Adopt(KVRRbaImageServices::BuildPixelImageFromAllFaces(
-            faces[0].Get(), faces[1].Get(), faces[2].Get(), faces[3].Get(), faces[4].Get(),
-            faces[5].Get()));
-    });
+    std::tie(ball.image, ball.milliseconds) = timed([&] { return mirrorBallOf(faces); });
     if (!ball.image) throw Failure(sample.name, "expected a mirror ball, found none");
     return ball;
 }

@@ -45,6 +45,7 @@ void writeImportSection(const TourInput& input, Html& page);
 void writePhotometrySection(const TourInput& input, Html& page);
 void writeSearchSection(const TourInput& input, Html& page);
 void writeHalfSection(const TourInput& input, Html& page);
+void writeProfileSection(const TourInput& input, Html& page);
 
 extern const std::string_view kStyleSheet;
 
