@@ -7,7 +7,6 @@
 #include <new>
 #include <sstream>
 #include <string>
-#include <utility>
 
 namespace {
 
