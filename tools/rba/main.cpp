@@ -31,6 +31,8 @@ int runProgram(int count, const char* const* arguments) {
     addIesCommands(*program, context);
     addEnvCommand(*program, context);
     addSettingsCommands(*program, context);
+    addResolveCommand(*program, context);
+    addDisplayCommands(*program, context);
     addTourCommand(*program, context);
 
     int status = parseCommandLine(*program, context, count, arguments);
