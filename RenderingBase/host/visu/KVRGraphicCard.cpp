@@ -78,6 +78,7 @@ std::vector<fs::path> cardDevices(const fs::path& sysfs) {
         if (const auto number = cardNumber(entry)) cards.emplace_back(*number, entry / "device");
     std::sort(cards.begin(), cards.end());
     std::vector<fs::path> devices;
+    devices.reserve(cards.size());
     for (auto& [number, device] : cards) devices.push_back(std::move(device));
     return devices;
 }
