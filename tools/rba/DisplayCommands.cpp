@@ -17,7 +17,7 @@ int runVendor(Context& context, const VendorArguments&) {
     if (context.json)
         printJson(*context.out, {{"vendor", vendor.CastToCharPtr()}, {"id", id}});
     else
-        *context.out << vendor << (id == 0 ? " (no adapter found)" : "") << '\n';
+        *context.out << vendor << (id == 0 ? " (no PCI adapter found)" : "") << '\n';
     return kDone;
 }
 
@@ -77,7 +77,7 @@ void addDisplayCommands(CLI::App& program, Context& context) {
         group, context, runVendor,
         {"vendor",
          "Show who made the graphics adapter that drives the screen: nvidia, amd, intel or other. "
-         "JSON also has its PCI vendor id, 0 without an adapter.",
+         "JSON also has its PCI vendor id, 0 without a PCI adapter.",
          "rba display vendor\nrba --json display vendor"});
     addUnit(group, context);
 }
