@@ -17,6 +17,9 @@ const std::vector<Arguments> kCommands = {
     {"settings", "list"},
     {"settings", "get"},
     {"settings", "set"},
+    {"resolve"},
+    {"display", "vendor"},
+    {"display", "unit"},
     {"tour"},
 };
 
@@ -86,6 +89,9 @@ TEST(CommandLine, wrong_usage_is_status_2_with_one_line) {
         {"image", "units", "size-mm", "1.5", "96"},
         {"image", "half"},
         {"env", "more"},
+        {"resolve"},
+        {"display", "vendor", "more"},
+        {"display", "unit"},
         {"settings", "get", "OnlyTheRepository"},
         {"tour"},
         {"tour", "a", "b"},
