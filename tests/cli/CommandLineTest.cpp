@@ -18,6 +18,9 @@ const std::vector<Arguments> kCommands = {
     {"settings", "list"},
     {"settings", "get"},
     {"settings", "set"},
+    {"resolve"},
+    {"display", "vendor"},
+    {"display", "unit"},
     {"tour"},
 };
 
@@ -88,6 +91,9 @@ TEST(CommandLine, wrong_usage_is_status_2_with_one_line) {
         {"image", "half"},
         {"env", "more"},
         {"fitting", "on"},
+        {"resolve"},
+        {"display", "vendor", "more"},
+        {"display", "unit"},
         {"settings", "get", "OnlyTheRepository"},
         {"tour"},
         {"tour", "a", "b"},

@@ -26,6 +26,8 @@ void addIesPlot(CLI::App& group, Context& context);
 void addEnvCommand(CLI::App& program, Context& context);
 void addFittingCommand(CLI::App& program, Context& context);
 void addSettingsCommands(CLI::App& program, Context& context);
+void addResolveCommand(CLI::App& program, Context& context);
+void addDisplayCommands(CLI::App& program, Context& context);
 void addTourCommand(CLI::App& program, Context& context);
 
 }  // namespace rb::cli

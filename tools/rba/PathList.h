@@ -17,6 +17,7 @@ struct PathReport {
     Facts (*read)(const std::string& path);  ///< Throws Failure.
     Json (*toJson)(const std::string& path, const Facts& facts);
     void (*printText)(std::ostream& out, const std::string& path, const Facts& facts);
+    const char* key = "path";  ///< Of the argument, in the JSON of a failure.
 };
 
 /// Reports on every path, in order; a failure is told and does not keep the others. JSON is an
@@ -41,7 +42,7 @@ int reportOnPaths(Context& context, const std::vector<std::string>& paths,
             progress.clear();
             context.out->flush();  // what came before stays before
             printError(failure.what());
-            results.push_back({{"path", path}, {"error", failure.reason()}});
+            results.push_back({{report.key, path}, {"error", failure.reason()}});
             status = kFailed;
         }
     }

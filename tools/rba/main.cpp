@@ -40,6 +40,8 @@ int runProgram(int count, const char* const* arguments) {
     addEnvCommand(*program, context);
     addFittingCommand(*program, context);
     addSettingsCommands(*program, context);
+    addResolveCommand(*program, context);
+    addDisplayCommands(*program, context);
     addTourCommand(*program, context);
 
     int status = parseCommandLine(*program, context, count, arguments);
