@@ -76,9 +76,9 @@ public:
                                                                double height, double& rx,
                                                                double& ry);
 
-    /// How far from the eye a point is in focus, in the unit of the scene, in single precision:
-    /// along the direction of sight for a parallel projection, so that it is negative behind the
-    /// eye, else the length of the way.
+    /// How far from the eye a point is in focus, in the unit of the scene: along the direction of
+    /// sight for a parallel projection, so that it is negative behind the eye, else the length of
+    /// the way. Computed in single precision: a length from 1.8e19 on is infinite.
     /// @param viewpoint  Null is a fatal error.
     static float GetFocusDistance(const KVR3DViewpoint* viewpoint, const KVRMathPointf& point);
 

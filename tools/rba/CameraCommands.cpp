@@ -93,9 +93,9 @@ int printPoint(Context& context, const PointArguments& given, const PointText& t
         *context.out << text.x << ' ' << numberText(x) << text.unit << ", " << text.y << ' '
                      << numberText(y) << text.unit << ", status " << status << '\n';
     if (Succeeded(status)) return kDone;
-    throw Failure("expected a point in the viewport (" + text.expected + "), found " +
-                  numberText(given.x) + " " + numberText(given.y) +
-                  "; printed is the centre in its place");
+    throw Failure(numberText(given.x) + " " + numberText(given.y),
+                  "expected a point in the viewport (" + text.expected +
+                      "), found one outside, and took the centre");
 }
 
 int runToScreen(Context& context, const PointArguments& arguments) {
@@ -177,8 +177,9 @@ void addToScreen(CLI::App& group, Context& context) {
     auto [command, arguments] = addCommand<PointArguments>(
         group, context, runToScreen,
         {"to-screen",
-         "Place a focus point in a viewport. Prints pixels from the top left corner; for a point "
-         "outside the centre, a failing status, and exit status 1.",
+         "Place a focus point in a viewport. Prints pixels from the top left corner. For a point "
+         "outside the viewport these are its centre, with a failing status, and the exit status is "
+         "1.",
          "rba camera to-screen 0.5 -0.25 1920 1080"});
     addArgument(command, "RX", arguments.x, "-1 at the left edge, 0 in the centre, 1 at the right");
     addArgument(command, "RY", arguments.y, "-1 at the bottom edge, 0 in the centre, 1 at the top");
@@ -189,8 +190,9 @@ void addToRatio(CLI::App& group, Context& context) {
     auto [command, arguments] = addCommand<PointArguments>(
         group, context, runToRatio,
         {"to-ratio",
-         "Give a place in a viewport as ratios from its centre. -1 to 1, to the right and upwards; "
-         "for a point outside 0 and 0, a failing status, and exit status 1.",
+         "Give a place in a viewport as ratios from its centre. -1 to 1, to the right and upwards. "
+         "For a point outside the viewport these are 0, with a failing status, and the exit status "
+         "is 1.",
          "rba camera to-ratio 1440 675 1920 1080"});
     addArgument(command, "SX", arguments.x, "Pixels from the left edge");
     addArgument(command, "SY", arguments.y, "Pixels from the top edge");
