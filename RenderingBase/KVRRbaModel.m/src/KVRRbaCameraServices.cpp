@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kSource = RB_TRACE_SOURCE("KVRRbaCameraServices");
 
-// Line numbers that reports of the fatal errors are known by; kept for compatibility.
+// The lines that fatal errors name, wherever they stand; kept for compatibility.
 constexpr int kGetFocusLine = 126;
 constexpr int kSetFocusLine = 139;
 

@@ -12,8 +12,8 @@
 /// Threads: belongs to the interactive thread. Lifetime: counted.
 class KVR_EXPORT KVR3DViewpoint : public KVRClass<"KVR3DViewpoint"> {
 public:
-    /// The kinds of projection. A number and no enumeration: applications have kinds of their own,
-    /// and what knows these two only must meet the others, too.
+    /// The kinds of projection that have a meaning here. A number and no enumeration, since a
+    /// viewpoint may have a projection that is neither.
     static constexpr int kParallel = 0;
     static constexpr int kConic = 1;
 
