@@ -146,15 +146,15 @@ std::array<T, 3> readThreeNumbers(const std::string& name, const std::string& te
                                   const std::string& example) {
     std::array<T, 3> numbers{};
     std::string_view rest = text;
+    bool isRight = true;
     for (std::size_t i = 0; i < numbers.size(); ++i) {
         const std::size_t end = std::min(rest.find(i < 2 ? ',' : '\0'), rest.size());
-        if (readNumber(rest.substr(0, end), numbers[i]) != std::errc() ||
-            !std::isfinite(numbers[i]))
-            throw UsageError(name + ": expected three numbers as in " + example + ", found '" +
-                             text + "'");
+        isRight = isRight && readNumber(rest.substr(0, end), numbers[i]) == std::errc() &&
+                  std::isfinite(numbers[i]);
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
-    return numbers;
+    if (isRight) return numbers;
+    throw UsageError(name + ": expected three numbers as in " + example + ", found '" + text + "'");
 }
 template std::array<float, 3> readThreeNumbers(const std::string&, const std::string&,
                                                const std::string&);
