@@ -180,12 +180,65 @@ TEST_F(IesCheck, vertical_angles_that_leave_directions_dark) {
     EXPECT_EQ(codesOf(IesBuilder(), {-10, 190}, {0}), Codes{"vertical-range"});
 }
 
+TEST_F(IesCheck, ranges_are_told_in_words) {
+    struct Case {
+        const char* type;
+        std::vector<float> vertical, horizontal;
+        const char* words;
+    };
+    const Case cases[] = {
+        {"1", {0, 75}, {0}, "vertical angles go from 0 to 75: 75 to 180 are dark ["},
+        {"1", {10, 80}, {0}, "from 10 to 80: 0 to 10 and 80 to 180 are dark ["},
+        {"1", {-90, 90}, {0}, "from -90 to 90: 90 to 180 are dark, -90 to 0 are not used ["},
+        {"1", {-10, 190}, {0}, "from -10 to 190: -10 to 0 and 180 to 190 are not used ["},
+        {"1", {190, 200}, {0}, "from 190 to 200: 0 to 180 are dark, 190 to 200 are not used ["},
+        {"1", {0, 90}, {0, 45, 75}, "horizontal angles go from 0 to 75: 75 to 90 are dark ["},
+        {"1", {0, 90}, {10, 90}, "from 10 to 90: 0 to 10 continue the slope of the first two"},
+        {"1", {0, 90}, {0, 90, 270}, "from 0 to 270: 0 to 90 are not used ["},
+        {"1", {0, 90}, {0, 180, 400}, "from 0 to 400: 360 to 400 are not used ["},
+        {"2", {10, 90}, {-90, 90}, "from 10 to 90: 0 to 10 are dark, above and below the horizon"},
+        {"3", {-60, 60}, {-90, 90}, "from -60 to 60: -90 to -60 and 60 to 90 are dark ["},
+        {"3", {-90, -10}, {0, 90}, "from -90 to -10: 0 to 90 are dark, above and below"},
+        {"2", {-90, 90}, {10, 90}, "horizontal angles go from 10 to 90: 0 to 10 are dark ["},
+        {"2", {-90, 90}, {-90, 0}, "from -90 to 0: 0 to 90 are dark ["},
+        {"3", {-90, 90}, {-180, 90}, "from -180 to 90: 90 to 180 are dark ["},
+        {"3", {-90, 90}, {-200, 180}, "from -200 to 180: -200 to -180 are not used ["},
+        {"3", {-90, 90}, {5}, "there is one horizontal angle only, 5: nothing leads from it"},
+    };
+    for (const Case& test : cases) {
+        IesBuilder ies;
+        ies.type = test.type;
+        ies.vertical = test.vertical;
+        ies.horizontal = test.horizontal;
+        ies.candela.assign(test.vertical.size() * test.horizontal.size(), 5);
+        const std::string text = runRba({"ies", "check", folder().write("a.ies", ies.build())}).out;
+        EXPECT_NE(text.find(test.words), std::string::npos) << test.words << "\n" << text;
+    }
+}
+
+TEST_F(IesCheck, factors_of_the_ballast_are_not_applied) {
+    IesBuilder ies;
+    ies.ballast = "0.9";
+    EXPECT_EQ(codesOf(ies.build()), Codes{"ballast-not-applied"});
+    ies.ballast = "1.0";
+    EXPECT_EQ(codesOf(ies.build()), Codes{});
+    ies.ballastLamp = "0.95";  // editions since 1995 have other things there
+    EXPECT_EQ(codesOf(ies.build()), Codes{});
+    ies.version = "IESNA:LM-63-2002";
+    EXPECT_EQ(codesOf(ies.build()), Codes{"dialect-unknown"});
+    ies.version = "IESNA91";
+    EXPECT_EQ(codesOf(ies.build()), Codes{"ballast-not-applied"});
+    ies.version = "a label of 1986";
+    EXPECT_EQ(codesOf(ies.build()), (Codes{"ballast-not-applied", "dialect-unknown"}));
+}
+
 TEST_F(IesCheck, types_a_and_b) {
     for (const char* type : {"2", "3"}) {
         IesBuilder ies;
         ies.type = type;
         EXPECT_EQ(codesOf(ies, {-90, 0, 90}, {-90, 0, 90}), Codes{}) << type;
         EXPECT_EQ(codesOf(ies, {0, 90}, {-90, 0, 90}), Codes{}) << type;
+        EXPECT_EQ(codesOf(ies, {0, 90}, {-180, 0, 180}), Codes{}) << type;
         EXPECT_EQ(codesOf(ies, {0, 45, 90}, {0, 45, 90}), Codes{"dark-half"}) << type;
         EXPECT_EQ(codesOf(ies, {-90, 0, 90}, {0, 45, 90}),
                   (Codes{"dark-half", "vertical-mirrored"}))
@@ -255,6 +308,36 @@ TEST_F(IesCheck, tilt_line_at_the_beginning_is_the_hint_when_the_rest_fails) {
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(isErrorLine(result.err, path));
     EXPECT_NE(result.err.find("the first line is always used up"), std::string::npos);
+}
+
+TEST_F(IesCheck, hints_name_what_makes_texts_unreadable) {
+    const auto replaced = [](std::string text, const std::string& what, const std::string& by) {
+        for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size())
+            text.replace(at, what.size(), by);
+        return text;
+    };
+    const std::string plain = IesBuilder().build();
+    std::string wide;
+    for (const char c : plain) wide += {c, '\0'};
+    struct Case {
+        std::string text, hint;
+    };
+    const Case cases[] = {
+        {replaced(plain, "\n", "\r"), "carriage returns alone end no line"},
+        {"\xFF\xFE" + wide, "UTF-16"},
+        {wide, "UTF-16"},
+        {replaced(plain, "TILT=", "TILT ="), "no blank before its '='"},
+        {replaced(plain, "TILT=NONE", "NONE"), "there is no tilt line"},
+    };
+    for (const Case& test : cases) {
+        const std::string path = folder().write("a.ies", test.text);
+        const RbaResult result = runRba({"ies", "check", path});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_TRUE(isErrorLine(result.err, path));
+        EXPECT_NE(result.err.find(test.hint), std::string::npos) << test.hint << "\n" << result.err;
+    }
+    // With line feeds as well, carriage returns do no harm.
+    EXPECT_EQ(codesOf(replaced(plain, "\n", "\r\n")), Codes{});
 }
 
 }  // namespace

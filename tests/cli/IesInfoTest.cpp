@@ -28,6 +28,7 @@ IesBuilder namedLuminaire() {
     ies.keywords = "[MANUFAC] Lamps and Sons\n[LUMCAT] L-1\n[LUMINAIRE] Lantern\n[LAMP] Bulb\n";
     ies.lampCount = "2";
     ies.multiplier = "1.5";
+    ies.ballast = "1.5";
     return ies;
 }
 
@@ -109,7 +110,22 @@ TEST(IesInfo, hostile_texts_stay_on_their_lines) {
     const RbaResult text = runRba({"ies", "info", path});
     EXPECT_EQ(text.out.find('\x1b'), std::string::npos);
     EXPECT_EQ(runRba({"--json", "ies", "info", path}).json()[0]["luminaire"],
-              " a\tb\x1b[0m\xef\xbf\xbd");
+              " a\tb\x1b[0m\xc3\xbf");
+}
+
+TEST(IesInfo, texts_that_are_no_utf8_are_those_of_windows_1252) {
+    const TempFolder folder;
+    IesBuilder ies;
+    ies.keywords =
+        "[MANUFAC]M\xfcller\x96\x80\n[LUMINAIRE]Stra\xc3\x9f"
+        "e\n[LAMP]\x81\n";
+    const std::string path = folder.write("a.ies", ies.build());
+    const Json json = runRba({"--json", "ies", "info", path}).json()[0];
+    EXPECT_EQ(json["manufacturer"], "M\u00fcller\u2013\u20ac");
+    EXPECT_EQ(json["luminaire"], "Stra\u00dfe");  // is UTF-8 already
+    EXPECT_EQ(json["lamp"], "\ufffd");
+    EXPECT_NE(runRba({"ies", "info", path}).out.find("maker       M\u00fcller\u2013\u20ac\n"),
+              std::string::npos);
 }
 
 TEST(IesInfo, files_that_cannot_be_read_are_told_and_do_not_keep_the_others) {

@@ -147,6 +147,56 @@ TEST_F(IesPlot, picture_has_the_planes_of_the_drawing) {
     EXPECT_TRUE(hasInk);
 }
 
+/// The first text that begins like this.
+std::string textFrom(const std::string& svg, const std::string& beginning) {
+    const std::size_t at = svg.find(">" + beginning);
+    if (at == std::string::npos) return "";
+    return svg.substr(at + 1, svg.find('<', at) - at - 1);
+}
+
+TEST_F(IesPlot, headings_are_cut_where_they_would_leave_the_drawing) {
+    IesBuilder ies;
+    const std::string narrow(60, 'i'), wide = "WALL WASHER MAXIMUM LED MODULE WALL WASHER",
+                                       both = std::string(40, 'a');
+    ies.keywords = "[LUMINAIRE]" + narrow + "\n[MANUFAC]M" + both + "\n[LAMP]L" + both + "\n";
+    std::string svg = plotted(ies);
+    EXPECT_TRUE(hasText(svg, narrow));
+    const std::string cut = textFrom(svg, "Ma");
+    EXPECT_NE(cut.find(", La"), std::string::npos) << cut;
+    EXPECT_NE(cut.find("..."), std::string::npos) << cut;
+    ies.keywords = "[LUMINAIRE]" + wide + "\n[MANUFAC]M" + both + "\n[LAMP]LED\n";
+    svg = plotted(ies);
+    const std::string title = textFrom(svg, "WALL");
+    EXPECT_TRUE(title.ends_with("...")) << title;
+    // In the bold font that the drawing asks for, 39 of these letters are 566 units wide, the next
+    // does not fit into the 576 that there are, and 33 are about 520.
+    EXPECT_GE(title.size(), 33U);
+    EXPECT_LE(title.size(), 39U);
+    EXPECT_TRUE(hasText(svg, "M" + both + ", LED"));  // a short lamp leaves its half
+    ies.keywords = "[LUMINAIRE]" + std::string(1 << 20, 'x') + "\n";
+    EXPECT_TRUE(textFrom(plotted(ies), "xx").ends_with("x..."));
+}
+
+TEST_F(IesPlot, angles_that_no_direction_has_are_not_drawn) {
+    IesBuilder ies;
+    ies.vertical = {-90, 0, 90, 270};
+    ies.candela = {1000, 100, 50, 1000};
+    // Straight up, at 180, is half way between 50 and 1000; below is nothing beyond the axis.
+    const std::string svg = plotted(ies);
+    const std::vector<Place> plane = outlineOf(svg, "first");
+    ASSERT_FALSE(plane.empty());
+    double lowest = 0, highest = 1e9;
+    for (const Place& place : plane) {
+        lowest = std::max(lowest, place.y);
+        highest = std::min(highest, place.y);
+    }
+    const double center = std::stod(svg.substr(svg.find("cy=\"") + 4));
+    EXPECT_NEAR((center - highest) / (lowest - center), 525.0 / 100, 0.1);
+    ies.vertical = {190, 200, 210, 220};
+    const std::string in = folder().write("in.ies", ies.build());
+    EXPECT_TRUE(isErrorLine(runRba({"ies", "plot", in, folder().file("no.svg")}).err, in));
+}
+
 TEST_F(IesPlot, hostile_names_are_escaped) {
     IesBuilder ies;
     ies.keywords = "[LUMINAIRE] <script>\"&\x1b\xff\n";

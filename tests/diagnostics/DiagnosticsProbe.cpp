@@ -4,15 +4,28 @@
 //     diagnostics_probe settings    the settings, after every variable was changed to "changed":
 //                                   lines "accessor NAME=VALUE" and "all NAME=VALUE", or
 //                                   "NAME undefined" for null
+//     diagnostics_probe groups      which of some profiling groups are active
+//     diagnostics_probe samples     what the profiler keeps of three measures; with
+//                                   "-defined-late" the variable is defined after a pause of an
+//                                   inactive group, with "-defined-too-late" and
+//                                   "-undefined-too-late" changed after that of an active one
+//     diagnostics_probe fitting     the switches of material fitting, after what is behind the
+//                                   word was done in this order: "-set", "-made", "-defined"
 
 #include "RenderingBase/KVRRbaModel.m/src/KVRRbaTraceLog.h"
+#include "RenderingBase/public/KVRRbaMaterialFittingController.h"
+#include "RenderingBase/public/KVRRbaProfiler.h"
 #include "RenderingBase/public/KVRRbaSettings.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <numeric>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -67,6 +80,58 @@ void traceEverySeverity() {
     }
 }
 
+void showGroups() {
+    const KVRRbaProfiler& profiler = KVRRbaProfiler::GetInstance();
+    setenv("KVRRbaProfilerActiveGroups", "A,B", 1);  // too late
+    std::cout << "active:";
+    for (const char* name : {"", " ", "A", " A", "A ", "B", " B", ",", "A;B", "A,B"}) {
+        if (KVRRbaProfiler::GetInstance().IsActive(name)) std::cout << " <" << name << '>';
+    }
+    std::cout << (&profiler == &KVRRbaProfiler::GetInstance() ? "\n" : " another profiler\n");
+}
+
+void showSamples(std::string_view change) {
+    constexpr const char* kVariable = "KVRRbaProfilerKeepAllSamples";
+    KVRRbaProfiler& profiler = KVRRbaProfiler::GetInstance();
+    profiler.Pause("inactive", "timer");
+    if (change == "-defined-late") setenv(kVariable, "", 1);
+    profiler.SetActive("group", true);
+    for (int i = 0; i < 3; ++i) {
+        profiler.Resume("group", "timer");
+        profiler.Pause("group", "timer");
+        if (change == "-defined-too-late") setenv(kVariable, "1", 1);
+        if (change == "-undefined-too-late") unsetenv(kVariable);
+    }
+    const std::vector<double> measuresMs = profiler.GetAllMeasuresMS("group", "timer");
+    std::cout << profiler.GetHitCount("group", "timer") << " hits, " << measuresMs.size()
+              << " kept";
+    const double sumMs = std::accumulate(measuresMs.begin(), measuresMs.end(), 0.0);
+    const double totalMs = profiler.GetAccumulatedMS("group", "timer");
+    // Whole microseconds each, so that the sums differ by nothing but rounding.
+    const bool addsUp = std::llround(sumMs * 1000) == std::llround(totalMs * 1000);
+    if (!measuresMs.empty()) std::cout << (addsUp ? ", which add up to the time" : ", not all");
+    std::cout << '\n';
+}
+
+void showFitting(const std::string& actions) {
+    using Controller = KVRRbaMaterialFittingController;
+    std::istringstream words(actions);
+    for (std::string word; std::getline(words, word, '-');) {
+        if (word == "set") {
+            Controller::setMaterialGlossFittingActiveState(true);
+            Controller::setMaterialFresnelFittingState(false);
+            Controller::setGlossinessFittingMode(static_cast<GlossinessFittingMode>(5));
+        } else if (word == "made") {
+            Controller::GetMaterialFittingController();
+        } else if (word == "defined") {
+            setenv("RND_MATERIAL_NOT_FITTED", "", 1);
+        }
+    }
+    std::cout << "glossiness " << Controller::getMaterialGlossFittingActiveState() << ", Fresnel "
+              << Controller::getMaterialFresnelFittingState() << ", mode "
+              << static_cast<int>(Controller::getGlossinessFittingMode()) << '\n';
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -75,6 +140,12 @@ int main(int argc, char** argv) {
         traceEverySeverity();
     } else if (mode == "settings") {
         showSettings();
+    } else if (mode == "groups") {
+        showGroups();
+    } else if (mode.starts_with("samples")) {
+        showSamples(mode.substr(7));
+    } else if (mode.starts_with("fitting")) {
+        showFitting(std::string(mode.substr(7)));
     } else {
         return 2;
     }

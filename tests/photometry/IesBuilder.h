@@ -25,13 +25,15 @@ struct IesBuilder {
     std::string tilt = "TILT=NONE\n";
     std::string lampCount = "1", lumens = "1000", multiplier = "1";
     std::string type = "1";
+    std::string ballast = "1", ballastLamp = "1";
     std::vector<float> vertical{0, 90, 180};
     std::vector<float> horizontal{0};
     std::vector<float> candela{30, 20, 10};
 
     std::string header() const {
         return lampCount + " " + lumens + " " + multiplier + " " + std::to_string(vertical.size()) +
-               " " + std::to_string(horizontal.size()) + " " + type + " 2 0.1 0.2 0.3\n1.5 1 40\n";
+               " " + std::to_string(horizontal.size()) + " " + type + " 2 0.1 0.2 0.3\n" + ballast +
+               " " + ballastLamp + " 40\n";
     }
     std::string build() const {
         return version + "\n" + keywords + tilt + header() + joined(vertical) + "\n" +

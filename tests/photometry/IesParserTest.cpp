@@ -229,6 +229,8 @@ TEST(IesHeader, values_are_where_the_standard_has_them) {
     file.lumens = "1200.5";
     file.multiplier = "0.25";
     file.type = "3";
+    file.ballast = "1.5";
+    file.ballastLamp = "0.75";
     IESUnusedData unused;
     const IESPhotometry photometry = parsed(file.build(), &unused);
     EXPECT_EQ(photometry.verticalAngleCount, 3);
@@ -244,7 +246,7 @@ TEST(IesHeader, values_are_where_the_standard_has_them) {
     EXPECT_EQ(unused.width, 0.1F);
     EXPECT_EQ(unused.length, 0.2F);
     EXPECT_EQ(unused.height, 0.3F);
-    EXPECT_EQ(unused.futureUse, 1.0F);
+    EXPECT_EQ(unused.futureUse, 0.75F);
     EXPECT_EQ(unused.trailingByteCount, 0U);
 }
 

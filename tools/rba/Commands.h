@@ -25,6 +25,7 @@ void addIesTable(CLI::App& group, Context& context);
 void addIesPlot(CLI::App& group, Context& context);
 void addCameraCommands(CLI::App& program, Context& context);
 void addEnvCommand(CLI::App& program, Context& context);
+void addFittingCommand(CLI::App& program, Context& context);
 void addSettingsCommands(CLI::App& program, Context& context);
 void addTourCommand(CLI::App& program, Context& context);
 

@@ -1,5 +1,6 @@
 #include "tools/rba/IesFindings.h"
 
+#include "tools/rba/FileText.h"
 #include "tools/rba/Output.h"
 
 namespace rb::cli {
@@ -13,7 +14,7 @@ bool contains(std::string_view text, std::string_view what) {
 
 std::string inQuotes(std::string_view text) {
     constexpr std::size_t kShown = 60;
-    return "'" + onOneLine(text.substr(0, kShown)) + (text.size() > kShown ? "...'" : "'");
+    return "'" + onOneLine(shortened(text, kShown)) + "'";
 }
 
 /// Some editors put a mark before the first line of UTF-8 texts.
@@ -70,6 +71,24 @@ void findInTilt(const Photometry& photometry, std::vector<Finding>& findings) {
     }
 }
 
+/// Editions since 1995 keep other things in the place of the ballast-lamp factor.
+bool hasBallastLampFactor(const Photometry& photometry) {
+    const int version = photometry.record.formatVersion;
+    return version == 2 || (version == 1 && !contains(photometry.firstLine, "LM-63"));
+}
+
+void findInBallast(const Photometry& photometry, std::vector<Finding>& findings) {
+    const auto add = [&findings](const char* name, float factor) {
+        if (factor != 1)
+            findings.push_back({"ballast-not-applied", std::string("the ") + name + " factor is " +
+                                                           shortText(factor) +
+                                                           ": intensities are not multiplied by "
+                                                           "it"});
+    };
+    add("ballast", photometry.record.ballastFactor);
+    if (hasBallastLampFactor(photometry)) add("ballast-lamp", photometry.rest.futureUse);
+}
+
 void findInHeader(const Photometry& photometry, std::vector<Finding>& findings) {
     const auto& rest = photometry.rest;
     const auto& record = photometry.record;
@@ -110,6 +129,7 @@ void findInText(const Photometry& photometry, std::vector<Finding>& findings) {
     findInKeywords(photometry, findings);
     findInTilt(photometry, findings);
     findInHeader(photometry, findings);
+    findInBallast(photometry, findings);
     findInCounts(photometry, findings);
 }
 

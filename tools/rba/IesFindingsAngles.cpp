@@ -30,69 +30,83 @@ std::string range(float from, float to) {
     return from < to ? shortText(from) + " to " + shortText(to) : "";
 }
 
-std::string both(const std::string& first, const std::string& second) {
-    return first.empty() || second.empty() ? first + second : first + " and " + second;
+/// What becomes of two ranges, as in "0 to 10 and 80 to 90 are dark"; nothing of empty ones.
+std::string told(const std::string& first, const std::string& second, const char* whatBecomes) {
+    if (first.empty() && second.empty()) return "";
+    const char* const between = first.empty() || second.empty() ? "" : " and ";
+    return first + between + second + whatBecomes;
+}
+
+std::string listed(const std::string& first, const std::string& second) {
+    return first + (first.empty() || second.empty() ? "" : ", ") + second;
+}
+
+void addRange(const std::string& kind, const Angles& angles, const std::string& gaps,
+              std::vector<Finding>& findings) {
+    if (gaps.empty()) return;
+    findings.push_back({kind + "-range", "the " + kind + " angles go from " +
+                                             shortText(angles.front()) + " to " +
+                                             shortText(angles.back()) + ": " + gaps});
+}
+
+/// What of @p least to @p most angles from @p first to @p last leave dark, and what of them is
+/// beyond.
+std::string borderText(float first, float last, float least, float most) {
+    const std::string dark =
+        told(range(least, std::min(first, most)), range(std::max(last, least), most), " are dark");
+    const std::string unused = told(range(first, std::min(last, least)),
+                                    range(std::max(first, most), last), " are not used");
+    return listed(dark, unused);
 }
 
 void findInVerticalRange(const Angles& angles, std::vector<Finding>& findings) {
     const float first = angles.front(), last = angles.back();
-    const bool isUsual =
-        (first == 0 && (last == 90 || last == 180)) || (first == 90 && last == 180);
-    if (isUsual) return;
-    const std::string dark = both(range(0, first), range(last, 180));
-    findings.push_back(
-        {"vertical-range",
-         "the vertical angles go from " + shortText(first) + " to " + shortText(last) + ": " +
-             (dark.empty() ? "what is beyond 0 to 180 is not used" : dark + " are dark")});
+    const bool isHalf = (first == 0 && last == 90) || (first == 90 && last == 180);
+    if (!isHalf) addRange("vertical", angles, borderText(first, last, 0, 180), findings);
 }
 
 /// What is not as it should be with angles that are to go from @p least to @p most.
 std::string gapsIn(const Angles& angles, float least, float most, bool isDarkBehind) {
     const float first = angles.front(), last = angles.back();
-    std::string text;
-    if (first > least) text = range(least, first) + " continue the slope of the first two angles";
-    if (first < least) text = range(first, least) + " are not used";
-    if (last < most && isDarkBehind)
-        text += (text.empty() ? "" : ", ") + range(last, most) + " are dark";
-    if (last > most) text += (text.empty() ? "" : ", ") + range(most, last) + " are not used";
-    return text;
+    const char* const guessed = " continue the slope of the first two angles";
+    const std::string before = first > least ? told(range(least, first), "", guessed)
+                                             : told(range(first, least), "", " are not used");
+    if (last > most) return listed(before, told(range(most, last), "", " are not used"));
+    return listed(before, isDarkBehind ? told(range(last, most), "", " are dark") : "");
 }
 
-void findInHorizontalRange(const IESPhotometry& record, std::vector<Finding>& findings) {
+/// What the kind of circle makes of angles that it does not usually have.
+std::string gapsInCircle(const IESPhotometry& record) {
     const Angles& angles = record.horizontalAngles;
-    if (angles.size() == 1 && circleOf(record) != Circle::Axial) {
-        findings.push_back({"single-angle", "there is one horizontal angle only, " +
-                                                shortText(angles.front()) +
-                                                ", and it is not 0: nothing leads from it to "
-                                                "other directions, which are dark or no numbers"});
-        return;
-    }
-    std::string gaps;
-    const char* usual = "";
     switch (circleOf(record)) {
         case Circle::Axial:
-            return;
+            break;
         case Circle::Quadrant:
-            usual = "0 to 90";
-            gaps = gapsIn(angles, 0, 90, true);
-            break;
+            return gapsIn(angles, 0, 90, true);
         case Circle::FrontHalf:
-            usual = "0 to 180";
-            gaps = gapsIn(angles, 0, 180, true);
-            break;
+            return gapsIn(angles, 0, 180, true);
         case Circle::SideHalf:
-            usual = "90 to 270";
-            gaps = gapsIn(angles, 90, 270, true);
-            break;
+            return gapsIn(angles, 90, 270, true);
         case Circle::Whole:
-            usual = "0 to 360";
-            gaps = gapsIn(angles, 0, 360, false);
-            break;
+            return gapsIn(angles, 0, 360, false);
     }
-    if (gaps.empty()) return;
+    return "";
+}
+
+bool hasSingleAngle(const IESPhotometry& record) {
+    const bool isTypeC = record.photometricType == kTypeC;
+    return record.horizontalAngles.size() == 1 && !(isTypeC && circleOf(record) == Circle::Axial);
+}
+
+void findSingleAngle(const IESPhotometry& record, std::vector<Finding>& findings) {
+    if (!hasSingleAngle(record)) return;
+    const bool isTypeC = record.photometricType == kTypeC;
     findings.push_back(
-        {"horizontal-range", "the horizontal angles go from " + shortText(angles.front()) + " to " +
-                                 shortText(angles.back()) + ", not " + usual + ": " + gaps});
+        {"single-angle", "there is one horizontal angle only, " +
+                             shortText(record.horizontalAngles.front()) +
+                             (isTypeC ? ", and it is not 0" : "") +
+                             ": nothing leads from it to other directions, which are dark or no "
+                             "numbers"});
 }
 
 /// How far the intensities just before 360 are from those at 0, in candelas.
@@ -131,6 +145,24 @@ void findInFolding(const IESPhotometry& record, std::vector<Finding>& findings) 
                             "not used: those above stand for them"});
 }
 
+/// Of types A and B, which usually cover the half in front. What is dark or unused because a file
+/// is stored for one side is told by findInFolding().
+void findInHalfRanges(const IESPhotometry& record, std::vector<Finding>& findings) {
+    const Angles &vertical = record.verticalAngles, &horizontal = record.horizontalAngles;
+    const bool isOneSided = horizontal.front() >= 0;
+    const bool isMirrored = isOneSided || vertical.front() >= 0;
+    const float first = isMirrored ? std::max(vertical.front(), 0.0F) : vertical.front();
+    std::string gaps = borderText(first, vertical.back(), isMirrored ? 0 : -90, 90);
+    if (isMirrored && !gaps.empty()) gaps += ", above and below the horizon";
+    addRange("vertical", vertical, gaps, findings);
+    if (hasSingleAngle(record)) return;
+    // Some files have light behind as well.
+    const float most = horizontal.front() < -90 || horizontal.back() > 90 ? 180 : 90;
+    addRange("horizontal", horizontal,
+             borderText(horizontal.front(), horizontal.back(), isOneSided ? 0 : -most, most),
+             findings);
+}
+
 }  // namespace
 
 void findInAngles(const Photometry& photometry, std::vector<Finding>& findings) {
@@ -139,12 +171,17 @@ void findInAngles(const Photometry& photometry, std::vector<Finding>& findings) 
     findInOrder("horizontal", record.horizontalAngles, findings);
     const bool isAscending = ascend(record.verticalAngles) && ascend(record.horizontalAngles);
     if (!isAscending) return;
-    if (record.photometricType == kTypeA || record.photometricType == kTypeB)
+    if (record.photometricType == kTypeC) {
+        findSingleAngle(record, findings);
+        findInVerticalRange(record.verticalAngles, findings);
+        if (!hasSingleAngle(record))
+            addRange("horizontal", record.horizontalAngles, gapsInCircle(record), findings);
+        findOpenCircle(record, findings);
+    } else if (record.photometricType == kTypeA || record.photometricType == kTypeB) {
+        findSingleAngle(record, findings);
         findInFolding(record, findings);
-    if (record.photometricType != kTypeC) return;
-    findInVerticalRange(record.verticalAngles, findings);
-    findInHorizontalRange(record, findings);
-    findOpenCircle(record, findings);
+        findInHalfRanges(record, findings);
+    }
 }
 
 }  // namespace rb::cli

@@ -1,5 +1,6 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
+#include "tools/rba/FileText.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/PathList.h"
 #include "tools/rba/Photometry.h"

@@ -2,6 +2,8 @@
 
 #include "RenderingBase/host/files/KVRFileSystem.h"
 #include "tools/rba/Context.h"
+#include "tools/rba/FileText.h"
+#include "tools/rba/IesHint.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/Paths.h"
 
@@ -16,37 +18,20 @@ namespace {
 
 using KVRRbaIESLoader::IESPhotometry;
 
-constexpr std::string_view kWhiteSpace = " \t\r\n\v\f";
-
-std::string_view firstLineOf(std::string_view text) { return text.substr(0, text.find('\n')); }
-
-/// How many keyword lines come before the tilt line; the first line is no keyword line.
-int keywordLinesOf(std::string_view text) {
-    int count = 0;
-    for (;;) {
-        text.remove_prefix(std::min(firstLineOf(text).size() + 1, text.size()));
-        const std::string_view line = firstLineOf(text);
-        if (text.empty() || line.find("TILT=") != std::string_view::npos) return count;
-        if (!line.empty()) ++count;
-    }
-}
-
-/// What may have led to a failure that is told of a later place.
-std::string hintOn(std::string_view text) {
-    constexpr int kMostKeywordLines = 99;  // and the tilt line
-    if (firstLineOf(text).find("TILT=") != std::string_view::npos)
-        return " (the first line is always used up, here it is the tilt line)";
-    if (keywordLinesOf(text) > kMostKeywordLines)
-        return " (the keywords end with the hundredth line, the tilt line included)";
-    return "";
-}
-
 std::string readText(const std::string& typedPath) {
     std::string text, reason;
     const HRESULT status =
         KVRReadFile(frameworkPath(typedPath), KVRRbaIESLoader::kMostFileBytes, text, reason);
     if (Failed(status)) throw Failure(typedPath, "expected a readable file, found " + reason);
     return text;
+}
+
+void makeReadable(Photometry& photometry) {
+    IESPhotometry& record = photometry.record;
+    for (std::string* text : {&record.versionText, &record.manufacturer, &record.luminaire,
+                              &record.lamp, &record.luminaireCatalogue, &record.lampCatalogue,
+                              &photometry.rest.tiltLine, &photometry.firstLine})
+        *text = inUtf8(*text);
 }
 
 }  // namespace
@@ -65,7 +50,8 @@ Photometry loadPhotometry(const std::string& typedPath) {
         throw Failure(typedPath, "expected memory for the values, found none");
     }
     photometry.record.filePath = typedPath;
-    photometry.firstLine = trimmed(firstLineOf(text));
+    photometry.firstLine = trimmed(text.substr(0, text.find('\n')));
+    makeReadable(photometry);
     return photometry;
 }
 
@@ -104,12 +90,6 @@ Peak peakOf(const IESPhotometry& record) {
                 peak = {candela, record.verticalAngles[v], record.horizontalAngles[h]};
         }
     return peak;
-}
-
-std::string trimmed(std::string_view text) {
-    const std::size_t begin = text.find_first_not_of(kWhiteSpace);
-    if (begin == std::string_view::npos) return "";
-    return std::string(text.substr(begin, text.find_last_not_of(kWhiteSpace) + 1 - begin));
 }
 
 std::string shortText(float value, int mostDigits) {

@@ -9,10 +9,11 @@
 
 namespace rb::cli {
 
+/// Texts are in UTF-8, whatever the file has.
 struct Photometry {
     KVRRbaIESLoader::IESPhotometry record;
     KVRRbaIESLoader::IESUnusedData rest;
-    std::string firstLine;  ///< As it is in the file, without its end.
+    std::string firstLine;  ///< Without white space at its ends.
 };
 
 /// Reads a photometric file. Throws Failure ("path: expected ..., found ...") when it cannot be
@@ -43,9 +44,6 @@ struct Peak {
     float candela = 0, vertical = 0, horizontal = 0;
 };
 Peak peakOf(const KVRRbaIESLoader::IESPhotometry& record);  ///< Zeros without intensities.
-
-/// Without white space at both ends.
-std::string trimmed(std::string_view text);
 
 /// A number of a file as people write it.
 std::string shortText(float value, int mostDigits = 6);

@@ -1,8 +1,10 @@
 #include "tools/rba/PolarDiagram.h"
 
 #include "tools/rba/Context.h"
+#include "tools/rba/FileText.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/PolarPlanes.h"
+#include "tools/rba/StrokeFont.h"
 
 #include <algorithm>
 #include <cmath>
@@ -40,31 +42,38 @@ double ringStepFor(double most) {
     return 10 * power;
 }
 
-/// The text with an ellipsis where it is too long; UTF-8 stays whole.
-std::string shortened(const std::string& text, std::size_t most) {
-    std::size_t characters = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool isFirstByte = (static_cast<unsigned char>(text[i]) & 0xC0) != 0x80;
-        if (isFirstByte && ++characters > most) return text.substr(0, i) + "...";
-    }
-    return text;
+constexpr double kRoom = kWidth - 2 * kMargin;
+
+/// About as wide as the fonts that drawings ask for; the strokes of pictures are narrower.
+double widthOf(const std::string& text, PolarInk ink) {
+    constexpr double kTitle = 22, kLabel = 12;  // of a capital's height of strokes
+    return StrokeText(text).width * (ink == PolarInk::Title ? kTitle : kLabel);
 }
 
-std::string shown(const std::string& text, std::size_t most) {
-    return shortened(onOneLine(trimmed(text)), most);
+/// The text of a file, with an ellipsis where it would be wider than @p room.
+std::string fitted(const std::string& text, PolarInk ink, double room) {
+    constexpr std::size_t kMost = 100;  // of the narrowest letters
+    const std::string whole = onOneLine(trimmed(text));
+    std::string shown = shortened(whole, kMost);
+    for (std::size_t most = kMost; most > 0 && widthOf(shown, ink) > room; --most)
+        shown = shortened(whole, most - 1);
+    return shown;
 }
 
 std::string titleOf(const std::string& path, const IESPhotometry& record) {
-    constexpr std::size_t kMost = 44;
     for (const std::string* name : {&record.luminaire, &record.luminaireCatalogue})
-        if (!trimmed(*name).empty()) return shown(*name, kMost);
-    return shown(std::filesystem::path(path).filename().string(), kMost);
+        if (!trimmed(*name).empty()) return fitted(*name, PolarInk::Title, kRoom);
+    return fitted(std::filesystem::path(path).filename().string(), PolarInk::Title, kRoom);
 }
 
+/// Maker and lamp; what the one does not need of its half is the other's.
 std::string subtitleOf(const IESPhotometry& record) {
-    constexpr std::size_t kMost = 38;
-    const std::string maker = shown(record.manufacturer, kMost), lamp = shown(record.lamp, kMost);
-    return maker + (maker.empty() || lamp.empty() ? "" : ", ") + lamp;
+    const std::string lamp = fitted(record.lamp, PolarInk::Label, kRoom / 2);
+    const std::string maker =
+        fitted(record.manufacturer, PolarInk::Label, kRoom - widthOf(lamp, PolarInk::Label));
+    if (maker.empty() || lamp.empty()) return maker + lamp;
+    return maker + ", " +
+           fitted(record.lamp, PolarInk::Label, kRoom - widthOf(maker + ", ", PolarInk::Label));
 }
 
 std::string footerOf(const IESPhotometry& record) {

@@ -13,18 +13,34 @@ using Values = std::vector<PolarCurve::Value>;
 /// lead beyond it.
 constexpr float kInside = 1e-3F;
 
-float inside(float angle, const std::vector<float>& angles) {
+struct Range {
+    float least, most;
+};
+
+Range rangeOf(const std::vector<float>& angles) {
     const auto [least, most] = std::minmax_element(angles.begin(), angles.end());
-    if (*most - *least < 2 * kInside) return *least;
-    return std::clamp(angle, *least + kInside, *most - kInside);
+    return {*least, *most};
 }
 
-/// The angles of the file in their order, and others between where they are far apart: in polar
-/// coordinates what is linear between two angles is bent. None beyond a circle.
-std::vector<float> sampledAngles(std::vector<float> angles) {
-    constexpr float kClosest = 0.05F, kFarthest = 1, kCircle = 360;
-    for (float& angle : angles) angle = std::clamp(angle, -kCircle, kCircle);
+float inside(float angle, const Range& range) {
+    if (range.most - range.least < 2 * kInside) return range.least;
+    return std::clamp(angle, range.least + kInside, range.most - kInside);
+}
+
+/// The angles within @p shown in ascending order, with those borders that the file goes beyond.
+std::vector<float> anglesWithin(std::vector<float> angles, const Range& shown) {
+    const Range range = rangeOf(angles);
+    for (const float border : {shown.least, shown.most})
+        if (range.least < border && border < range.most) angles.push_back(border);
+    std::erase_if(angles, [&](float angle) { return angle < shown.least || angle > shown.most; });
     std::sort(angles.begin(), angles.end());
+    return angles;
+}
+
+/// The angles, and others between where they are far apart: in polar coordinates what is linear
+/// between two angles is bent.
+std::vector<float> sampledAngles(const std::vector<float>& angles) {
+    constexpr float kClosest = 0.05F, kFarthest = 1;
     std::vector<float> sampled{angles.front()};
     for (const float next : angles) {
         const float from = sampled.back(), gap = next - from;
@@ -39,17 +55,20 @@ std::vector<float> sampledAngles(std::vector<float> angles) {
 /// One side of the axis, from the axis on. Where the file ends the curve goes to the middle.
 /// @param candelaAt  Of an angle of @p angles.
 template <class CandelaAt>
-Values sideOf(const std::vector<float>& angles, float whole, CandelaAt candelaAt) {
-    const std::vector<float> sampled = sampledAngles(angles);
+Values sideOf(const std::vector<float>& angles, const Range& shown, CandelaAt candelaAt) {
+    const std::vector<float> within = anglesWithin(angles, shown);
+    if (within.empty()) return {{0, 0}};
+    const std::vector<float> sampled = sampledAngles(within);
+    const Range range = rangeOf(angles);
     Values values;
     if (sampled.front() > 0) values.push_back({static_cast<double>(sampled.front()), 0});
     for (const float angle : sampled) {
-        const float candela = candelaAt(inside(angle, angles));
+        const float candela = candelaAt(inside(angle, range));
         const bool isShown = std::isfinite(candela) && candela > 0;
         values.push_back(
             {static_cast<double>(angle), isShown ? static_cast<double>(candela) : 0.0});
     }
-    if (sampled.back() < whole) values.push_back({static_cast<double>(sampled.back()), 0});
+    if (sampled.back() < 180) values.push_back({static_cast<double>(sampled.back()), 0});
     return values;
 }
 
@@ -63,7 +82,7 @@ PolarCurve curveOf(std::string name, const Values& left, const Values& right) {
 
 std::vector<PolarCurve> planesOfTypeC(const IESPhotometry& record) {
     const auto half = [&record](float azimuth) {
-        return sideOf(record.verticalAngles, 180,
+        return sideOf(record.verticalAngles, {0, 180},
                       [&](float vertical) { return candelaAtAngles(record, vertical, azimuth); });
     };
     if (circleOf(record) == Circle::Axial) {
@@ -76,8 +95,9 @@ std::vector<PolarCurve> planesOfTypeC(const IESPhotometry& record) {
 
 /// A plane through the axis. Angles of one sign stand for both.
 template <class CandelaAt>
-PolarCurve planeOf(std::string name, const std::vector<float>& angles, CandelaAt candelaAt) {
-    const Values side = sideOf(angles, 180, candelaAt);
+PolarCurve planeOf(std::string name, const std::vector<float>& angles, float whole,
+                   CandelaAt candelaAt) {
+    const Values side = sideOf(angles, {-whole, whole}, candelaAt);
     if (angles.front() >= 0) return curveOf(std::move(name), side, side);
     Values values = side;
     values.insert(values.begin(), {side.front().degrees, 0});
@@ -85,11 +105,11 @@ PolarCurve planeOf(std::string name, const std::vector<float>& angles, CandelaAt
 }
 
 std::vector<PolarCurve> planesOfTypesAAndB(const IESPhotometry& record) {
-    const float level = inside(kInside, record.verticalAngles);
-    const float middle = inside(kInside, record.horizontalAngles);
-    return {planeOf("vertical plane", record.verticalAngles,
+    const float level = inside(kInside, rangeOf(record.verticalAngles));
+    const float middle = inside(kInside, rangeOf(record.horizontalAngles));
+    return {planeOf("vertical plane", record.verticalAngles, 90,
                     [&](float vertical) { return candelaAtAngles(record, vertical, middle); }),
-            planeOf("horizontal plane", record.horizontalAngles,
+            planeOf("horizontal plane", record.horizontalAngles, 180,
                     [&](float horizontal) { return candelaAtAngles(record, level, horizontal); })};
 }
 

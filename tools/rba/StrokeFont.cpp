@@ -39,6 +39,10 @@ constexpr std::array<std::string_view, 95> kGlyphs{
 // clang-format on
 constexpr std::string_view kDegree = "~1q0q0n2n2q1q", kBox = "0e0q6q6e0e";
 
+/// What is drawn for U+00C0 to U+00FF.
+constexpr std::string_view kWithoutAccents =
+    "AAAAAAACEEEEIIIIDNOOOOOxOUUUUYTsaaaaaaaceeeeiiiidnooooo/ouuuuyty";
+
 constexpr double kCapital = 6;              // units
 constexpr double kBlank = 2.4, kGap = 1.5;  // a blank, and the room behind a letter
 
@@ -67,17 +71,35 @@ Stroke strokeOf(std::string_view text) {
     return stroke;
 }
 
-/// The glyph of the first character, which is taken off.
-std::string_view takeGlyph(std::string_view& text) {
+/// The code of the first character, which is taken off.
+unsigned takeCode(std::string_view& text) {
     const auto first = static_cast<unsigned char>(text[0]);
-    constexpr std::string_view kDegreeSign = "°";
-    const bool isDegree = text.starts_with(kDegreeSign);
+    unsigned code = first < 0x80 ? first : first < 0xE0 ? first & 0x1FU : first & 0x0FU;
     std::size_t length = 1;
-    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80)
-        ++length;
+    for (; length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80;
+         ++length)
+        code = code << 6 | (static_cast<unsigned char>(text[length]) & 0x3FU);
     text.remove_prefix(length);
-    if (isDegree) return kDegree;
-    return first >= ' ' && first <= '~' ? kGlyphs[first - std::size_t{' '}] : kBox;
+    return code;
+}
+
+/// The ASCII character that comes closest, if there is one.
+unsigned inAscii(unsigned code) {
+    constexpr unsigned kNoBreakSpace = 0xA0, kFirstAccent = 0xC0, kLastAccent = 0xFF;
+    constexpr unsigned kFirstDash = 0x2010, kFirstQuote = 0x2018, kFirstDouble = 0x201C,
+                       kLastDouble = 0x201F;
+    if (code >= kFirstAccent && code <= kLastAccent)
+        return static_cast<unsigned char>(kWithoutAccents[code - kFirstAccent]);
+    if (code == kNoBreakSpace) return ' ';
+    if (code < kFirstDash || code > kLastDouble) return code;
+    return code < kFirstQuote ? '-' : code < kFirstDouble ? '\'' : '"';
+}
+
+std::string_view glyphOf(unsigned code) {
+    constexpr unsigned kDegreeSign = 0xB0;
+    if (code == kDegreeSign) return kDegree;
+    code = inAscii(code);
+    return code >= ' ' && code <= '~' ? kGlyphs[code - std::size_t{' '}] : kBox;
 }
 
 }  // namespace
@@ -85,7 +107,7 @@ std::string_view takeGlyph(std::string_view& text) {
 StrokeText::StrokeText(std::string_view text) {
     double x = 0;
     while (!text.empty()) {
-        std::string_view glyph = takeGlyph(text);
+        std::string_view glyph = glyphOf(takeCode(text));
         double right = glyph.empty() ? kBlank / kCapital - kGap / kCapital : 0;
         while (!glyph.empty()) {
             const std::size_t end = std::min(glyph.find(' '), glyph.size());

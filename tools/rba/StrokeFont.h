@@ -13,7 +13,8 @@ struct StrokePoint {
 using Stroke = std::vector<StrokePoint>;  ///< Corners of a line; twice the same place is a dot.
 
 /// A line of text from x = 0 on, on the base line y = 0. y grows downwards, capital letters are 1
-/// high. Letters beyond ASCII, but for the degree sign, are boxes.
+/// high. Letters of Latin-1 lose their accents, dashes and quotes are the plain ones; what else is
+/// beyond ASCII, but for the degree sign, is a box.
 /// @param text  UTF-8.
 struct StrokeText {
     explicit StrokeText(std::string_view text);

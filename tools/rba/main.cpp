@@ -31,6 +31,7 @@ int runProgram(int count, const char* const* arguments) {
     addIesCommands(*program, context);
     addCameraCommands(*program, context);
     addEnvCommand(*program, context);
+    addFittingCommand(*program, context);
     addSettingsCommands(*program, context);
     addTourCommand(*program, context);
 
