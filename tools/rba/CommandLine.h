@@ -63,7 +63,7 @@ Command<Arguments> addCommand(CLI::App& parent, Context& context,
 }
 
 template <class T>
-concept Number = std::same_as<T, int> || std::same_as<T, float>;
+concept Number = std::same_as<T, int> || std::same_as<T, float> || std::same_as<T, double>;
 
 /// An argument or an option whose value is a text, or a vector of them.
 template <class T>

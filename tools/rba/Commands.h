@@ -23,6 +23,7 @@ void addIesInfo(CLI::App& group, Context& context);
 void addIesCheck(CLI::App& group, Context& context);
 void addIesTable(CLI::App& group, Context& context);
 void addIesPlot(CLI::App& group, Context& context);
+void addCameraCommands(CLI::App& program, Context& context);
 void addEnvCommand(CLI::App& program, Context& context);
 void addFittingCommand(CLI::App& program, Context& context);
 void addSettingsCommands(CLI::App& program, Context& context);

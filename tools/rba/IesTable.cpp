@@ -59,20 +59,6 @@ void checkUsage(const TableArguments& arguments, const std::string& extension) {
                          "), found " + std::to_string(channels));
 }
 
-/// Three numbers with commas between them, radians.
-KVRMathVector orientationOf(const std::string& text) {
-    std::array<double, 3> angles{};
-    std::string_view rest = text;
-    for (std::size_t i = 0; i < angles.size(); ++i) {
-        const std::size_t end = std::min(rest.find(i < 2 ? ',' : '\0'), rest.size());
-        if (readNumber(rest.substr(0, end), angles[i]) != std::errc() || !std::isfinite(angles[i]))
-            throw UsageError("--orientation: expected three numbers as in 0,1.57,0, found '" +
-                             text + "'");
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
-    return {angles[0], angles[1], angles[2]};
-}
-
 void checkSize(const TableArguments& arguments, bool isPicture) {
     const std::int64_t cells = std::int64_t{arguments.theta} * arguments.phi;
     if (cells > kMostValues || cells * arguments.channels > kMostValues)
@@ -154,7 +140,9 @@ private:
 int runTable(Context& context, const TableArguments& arguments) {
     const std::string extension = lowerExtension(arguments.out);
     checkUsage(arguments, extension);
-    const KVRMathVector orientation = orientationOf(arguments.orientation);
+    const auto [x, y, z] =
+        readThreeNumbers<double>("--orientation", arguments.orientation, "0,1.57,0");
+    const KVRMathVector orientation(x, y, z);
     checkSize(arguments, pictureWriter(extension) != nullptr);
     const Extent extent = TableMaker(arguments, orientation).make(extension);
     if (context.json)

@@ -12,6 +12,13 @@ namespace {
 /// Fewer things than this are done before anybody could read about them.
 constexpr std::size_t kLeastForProgress = 4;
 
+template <class T>
+std::string shortestText(T value) {
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+    return {text.data(), end};
+}
+
 }  // namespace
 
 ResultStream::ResultStream()
@@ -31,11 +38,11 @@ Json jsonNumber(float value) {
     return number;
 }
 
-std::string numberText(float value) {
-    std::array<char, 32> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-    return {text.data(), end};
-}
+Json jsonNumber(double value) { return std::isfinite(value) ? Json(value) : Json(); }
+
+std::string numberText(float value) { return shortestText(value); }
+
+std::string numberText(double value) { return shortestText(value); }
 
 std::string numberText(double value, int decimals) {
     std::array<char, 400> text{};  // the longest double has 309 digits before the point

@@ -36,9 +36,11 @@ void printJson(std::ostream& out, const Json& value);
 /// A number for JSON: the shortest decimal that reads back as @p value, so that 0.1f is 0.1. NaN
 /// and infinities are null.
 Json jsonNumber(float value);
+Json jsonNumber(double value);
 
 /// The shortest text that reads back as the same number: "0.1", "inf", "nan", "-0".
 std::string numberText(float value);
+std::string numberText(double value);
 /// With a fixed number of decimals.
 std::string numberText(double value, int decimals);
 inline std::string numberText(float value, int decimals) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 namespace rb::cli {
@@ -134,5 +135,30 @@ void readValue(const CLI::App& command, const std::string& name, const std::stri
                float& number) {
     readNumberValue(command, name, text, "a number", " in the range of float", number);
 }
+
+void readValue(const CLI::App& command, const std::string& name, const std::string& text,
+               double& number) {
+    readNumberValue(command, name, text, "a number", " in the range of double", number);
+}
+
+template <class T>
+std::array<T, 3> readThreeNumbers(const std::string& name, const std::string& text,
+                                  const std::string& example) {
+    std::array<T, 3> numbers{};
+    std::string_view rest = text;
+    bool isRight = true;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const std::size_t end = std::min(rest.find(i < 2 ? ',' : '\0'), rest.size());
+        isRight = isRight && readNumber(rest.substr(0, end), numbers[i]) == std::errc() &&
+                  std::isfinite(numbers[i]);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    if (isRight) return numbers;
+    throw UsageError(name + ": expected three numbers as in " + example + ", found '" + text + "'");
+}
+template std::array<float, 3> readThreeNumbers(const std::string&, const std::string&,
+                                               const std::string&);
+template std::array<double, 3> readThreeNumbers(const std::string&, const std::string&,
+                                                const std::string&);
 
 }  // namespace rb::cli

@@ -4,6 +4,7 @@
 
 #include "tools/rba/Precompiled.h"
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -36,5 +37,13 @@ void readValue(const CLI::App& command, const std::string& name, const std::stri
                int& number);
 void readValue(const CLI::App& command, const std::string& name, const std::string& text,
                float& number);
+void readValue(const CLI::App& command, const std::string& name, const std::string& text,
+               double& number);
+
+/// Reads three finite numbers with commas between them, the value of the option @p name. Defined
+/// for float and double. Throws UsageError, with @p example, for anything else.
+template <class T>
+std::array<T, 3> readThreeNumbers(const std::string& name, const std::string& text,
+                                  const std::string& example);
 
 }  // namespace rb::cli

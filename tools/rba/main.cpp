@@ -37,6 +37,7 @@ int runProgram(int count, const char* const* arguments) {
     addImageCommands(*program, context);
     addTextureCommands(*program, context);
     addIesCommands(*program, context);
+    addCameraCommands(*program, context);
     addEnvCommand(*program, context);
     addFittingCommand(*program, context);
     addSettingsCommands(*program, context);
