@@ -66,8 +66,8 @@ TEST_F(Tour, page_has_every_section_and_none_failed) {
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, pagePath() + "\n");
     const std::string html = page();
-    for (const char* id :
-         {"images", "derived", "textures", "import", "photometry", "search", "half"}) {
+    for (const char* id : {"images", "derived", "textures", "import", "photometry", "search",
+                           "camera", "resources", "half", "profile"}) {
         EXPECT_EQ(countOf(html, std::string("<section id=\"") + id + "\">"), 1);
         EXPECT_EQ(countOf(html, std::string("href=\"#") + id + "\""), 1);
     }
@@ -82,7 +82,8 @@ TEST_F(Tour, json_has_path_and_sections) {
     EXPECT_EQ(json["sections"],
               (Json{"Images from file to pixels", "Derived images",
                     "Texture files: faces, levels, mirror ball", "Textures as a renderer gets them",
-                    "Photometry", "Where image files are found", "Half floats"}));
+                    "Photometry", "Where image files are found", "Cameras",
+                    "Resources, units, display", "Half floats", "Where the time went"}));
 }
 
 TEST_F(Tour, page_needs_no_other_file) {
@@ -408,6 +409,44 @@ TEST_F(Tour, page_that_cannot_be_written_is_told_with_the_reason) {
     EXPECT_FALSE(fs::exists(pagePath()));
 }
 
+TEST_F(Tour, ends_with_the_measures_of_its_calls) {
+    run();
+    const std::string html = page();
+    const std::string last = html.substr(html.find("<section id=\"profile\""));
+    EXPECT_EQ(countOf(last, "<section "), 1);
+    for (const char* call :
+         {"KVRRbaImageServices</code></th><td><code>CreatePixelImageFromFullPath",
+          "KVRRbaTextureLoader</code></th><td><code>ImportTexture",
+          "KVRRbaCameraServices</code></th><td><code>GetFocusDistance"})
+        EXPECT_EQ(countOf(last, call), 1) << call;
+    // Both projections of one point.
+    const std::regex row("GetFocusDistance</code></td><td class=\"number\">2</td>");
+    EXPECT_TRUE(std::regex_search(last, row));
+}
+
+TEST_F(Tour, camera_section_has_what_the_services_compute) {
+    run();
+    const std::string html = page();
+    // (0.5, -0.25) of 1920 x 1080: 960 + 480, 540 + 135. From the eye: 5 ahead, 2.5 aside.
+    for (const char* text : {">1440, 675<", ">outside<", ">conic 5.590 m<", ">parallel 5.000 m<",
+                             ">0.122<", ">-1.400<", ">0.6670<"})
+        EXPECT_EQ(countOf(html, text), 1) << text;
+}
+
+TEST_F(Tour, resources_section_has_what_the_resolver_finds) {
+    run();
+    const std::string html = page();
+    for (const char* row :
+         {"<code>icons/lamp.png</code></th><td><code>graphic/icons/lamp.png</code>",
+          "<code>hdri/sky.hdr</code></th><td><code>startup/hdri/sky.hdr</code>",
+          "<code>hdri/night.hdr</code></th><td><code>install/hdri/night.hdr</code>",
+          "<code>project/night.hdr</code></th><td><code>project/night.hdr</code>",
+          "<code>hdri/dawn.hdr</code></th><td><em>nothing",
+          "<code>LENGTH</code></th><td>m km dm cm mm um nm in ft yd mi nmi </td><td>yes</td>",
+          "<code>ANGLE</code></th><td>rad mrad deg arcmin arcsec grad turn </td><td></td>"})
+        EXPECT_EQ(countOf(html, row), 1) << row;
+}
+
 TEST_F(Tour, own_samples_are_found_without_being_named) {
     const RbaResult result = runRba({"tour", folder().file("own")});
     ASSERT_EQ(result.status, 0) << result.err;
@@ -421,11 +460,14 @@ TEST_F(Tour, own_samples_are_found_without_being_named) {
         EXPECT_EQ(countOf(html, "<code>photometry/" + std::string(name) + ".ies</code>, read in "),
                   1)
             << name;
+    const std::string derived =
+        html.substr(html.find("<section id=\"derived\""),
+                    html.find("<section id=\"textures\"") - html.find("<section id=\"derived\""));
     for (const char* service :
          {"ComputeGreyScaleImage", "ComputeMonochromaImage", "ComputeIconImage",
           "ComputeNegativeImage", "ComputeAlphaInvertImage", "GenerateMaskFromAlpha",
           "GenerateBumpMap", "ConvertFloatTextureToRGBA", "ConvertHalfFloatTextureToRGBA"})
-        EXPECT_EQ(countOf(html, std::string("<code>") + service + "</code>"), 1) << service;
+        EXPECT_EQ(countOf(derived, std::string("<code>") + service + "</code>"), 1) << service;
     for (const char* name :
          {"studio.png", "alpha.png", "grey.tif", "depth-float.exr", "sky-half.exr"})
         EXPECT_EQ(countOf(html, std::string(" alt=\"Source: images/") + name + "\""), 1) << name;

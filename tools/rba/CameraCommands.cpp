@@ -3,6 +3,7 @@
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
+#include "tools/rba/Profile.h"
 
 #include <cmath>
 
@@ -66,16 +67,18 @@ int print(Context& context, const char* key, const char* text, T number) {
 
 int runEv(Context& context, const ExposureArguments& arguments) {
     checkExposure("--iso", arguments);
-    return print(
-        context, "ev", "EV ",
-        Camera::ComputeEVValuefromISO(arguments.given, arguments.time, arguments.aperture));
+    const double ev = measured("KVRRbaCameraServices", "ComputeEVValuefromISO", [&] {
+        return Camera::ComputeEVValuefromISO(arguments.given, arguments.time, arguments.aperture);
+    });
+    return print(context, "ev", "EV ", ev);
 }
 
 int runIso(Context& context, const ExposureArguments& arguments) {
     checkExposure("--ev", arguments);
-    return print(
-        context, "iso", "ISO ",
-        Camera::ComputeISOfromEVValue(arguments.given, arguments.time, arguments.aperture));
+    const double iso = measured("KVRRbaCameraServices", "ComputeISOfromEVValue", [&] {
+        return Camera::ComputeISOfromEVValue(arguments.given, arguments.time, arguments.aperture);
+    });
+    return print(context, "iso", "ISO ", iso);
 }
 
 /// What the commands about a focus point print, and how they name it.
@@ -101,8 +104,11 @@ int printPoint(Context& context, const PointArguments& given, const PointText& t
 int runToScreen(Context& context, const PointArguments& arguments) {
     checkPoint(arguments, "RX", "RY");
     double x = 0, y = 0;
-    const HRESULT status = Camera::Convert2DFocusPointRatioToScreenCoordinates(
-        arguments.x, arguments.y, arguments.width, arguments.height, x, y);
+    const HRESULT status =
+        measured("KVRRbaCameraServices", "Convert2DFocusPointRatioToScreenCoordinates", [&] {
+            return Camera::Convert2DFocusPointRatioToScreenCoordinates(
+                arguments.x, arguments.y, arguments.width, arguments.height, x, y);
+        });
     return printPoint(context, arguments, {"sx", "sy", " px", "RX and RY from -1 to 1"}, x, y,
                       status);
 }
@@ -110,8 +116,11 @@ int runToScreen(Context& context, const PointArguments& arguments) {
 int runToRatio(Context& context, const PointArguments& arguments) {
     checkPoint(arguments, "SX", "SY");
     double x = 0, y = 0;
-    const HRESULT status = Camera::Convert2DFocusPointScreenCoordinatesToRatio(
-        arguments.x, arguments.y, arguments.width, arguments.height, x, y);
+    const HRESULT status =
+        measured("KVRRbaCameraServices", "Convert2DFocusPointScreenCoordinatesToRatio", [&] {
+            return Camera::Convert2DFocusPointScreenCoordinatesToRatio(
+                arguments.x, arguments.y, arguments.width, arguments.height, x, y);
+        });
     return printPoint(context, arguments,
                       {"rx", "ry", "",
                        "SX from 0 to " + numberText(arguments.width) + ", SY from 0 to " +
@@ -122,7 +131,10 @@ int runToRatio(Context& context, const PointArguments& arguments) {
 int runColour(Context& context, const ColourArguments& arguments) {
     checkFinite("V", arguments.value);
     const auto parameter = static_cast<ColorCorrectionParameter>(arguments.parameter);
-    return print(context, "value", "", Camera::convertToRenderingParam(arguments.value, parameter));
+    const double value = measured("KVRRbaCameraServices", "convertToRenderingParam", [&] {
+        return Camera::convertToRenderingParam(arguments.value, parameter);
+    });
+    return print(context, "value", "", value);
 }
 
 KVRMathPointf pointOf(const char* name, const std::string& text) {
@@ -135,7 +147,10 @@ int runFocus(Context& context, const FocusArguments& arguments) {
         new KVR3DViewpoint(arguments.parallel ? KVR3DViewpoint::kParallel : KVR3DViewpoint::kConic,
                            pointOf("--eye", arguments.eye), pointOf("--target", arguments.target)));
     const KVRMathPointf point = pointOf("--point", arguments.point);
-    return print(context, "distance", "", Camera::GetFocusDistance(viewpoint.Get(), point));
+    const float distance = measured("KVRRbaCameraServices", "GetFocusDistance", [&] {
+        return Camera::GetFocusDistance(viewpoint.Get(), point);
+    });
+    return print(context, "distance", "", distance);
 }
 
 void addExposureOptions(CLI::App& command, ExposureArguments& arguments) {

@@ -4,6 +4,7 @@
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/PathList.h"
+#include "tools/rba/Profile.h"
 
 namespace rb::cli {
 namespace {
@@ -12,7 +13,8 @@ struct VendorArguments {};
 
 int runVendor(Context& context, const VendorArguments&) {
     KVRString vendor;
-    KVRRbaVisuServices::GetGraphicCardVendor(vendor);
+    measured("KVRRbaVisuServices", "GetGraphicCardVendor",
+             [&] { return KVRRbaVisuServices::GetGraphicCardVendor(vendor); });
     const unsigned id = KVRGetGraphicCardVendorID();
     if (context.json)
         printJson(*context.out, {{"vendor", vendor.CastToCharPtr()}, {"id", id}});
@@ -36,8 +38,9 @@ UnitFacts readUnit(const std::string& symbol) {
     if (!unit)
         throw Failure(named(symbol, "symbol"), "expected the symbol of a unit, found none such");
     const auto magnitude = KVRVar<KVRICkeMagnitude>::Adopt(unit->GetMagnitude());
-    return {std::string(magnitude->GetName().View()), unit->GetFactor(),
-            KVRRbaVisuServices::IsMetricUnit(*unit.Get())};
+    const bool isLength = measured("KVRRbaVisuServices", "IsMetricUnit",
+                                   [&] { return KVRRbaVisuServices::IsMetricUnit(*unit.Get()); });
+    return {std::string(magnitude->GetName().View()), unit->GetFactor(), isLength};
 }
 
 Json toJson(const std::string& symbol, const UnitFacts& facts) {

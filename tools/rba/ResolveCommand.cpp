@@ -3,6 +3,7 @@
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
 #include "tools/rba/Paths.h"
+#include "tools/rba/Profile.h"
 
 namespace rb::cli {
 namespace {
@@ -16,7 +17,9 @@ constexpr const char* kNothing =
 
 /// Prints what a path means; what does not exist has a result, too, which says so.
 int resolveOne(const Context& context, const std::string& path, Json& results) {
-    const ZWTSysPath resolved = KVRRbaPathResolver::Resolve(ZWTSysPath(frameworkPath(path)));
+    const ZWTSysPath given(frameworkPath(path));
+    const ZWTSysPath resolved = measured("KVRRbaPathResolver", "Resolve",
+                                         [&] { return KVRRbaPathResolver::Resolve(given); });
     const std::string place = typedPath(resolved.ToString());
     const bool exists = resolved.Exists();
     if (context.json)

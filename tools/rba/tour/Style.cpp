@@ -100,6 +100,8 @@ svg text { fill: var(--dim); font: 12px system-ui, -apple-system, "Segoe UI", Ro
 .grid line { stroke: var(--line); stroke-width: 1; }
 .bands rect { fill: var(--soft); opacity: .45; } .bands rect:first-child { opacity: 1; }
 .curve { fill: none; stroke: var(--accent); stroke-width: 2.2; stroke-linejoin: round; }
+.curve.warm { stroke: var(--warm); stroke-dasharray: 7 4; } .rule { stroke: var(--line); }
+.mark { fill: var(--accent); } .mark.warm { fill: var(--paper); stroke: var(--warm); stroke-width: 2.2; } .mark.dim { fill: var(--dim); }
 .luminaire { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 520px), 1fr)); gap: 20px; align-items: start; }
 .luminaire h3 { margin: 0 0 10px; font-size: 1rem; font-weight: 640; overflow-wrap: anywhere; }
 .tables { display: grid; gap: 20px; }

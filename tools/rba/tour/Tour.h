@@ -44,6 +44,8 @@ void writeTexturesSection(const TourInput& input, Html& page);
 void writeImportSection(const TourInput& input, Html& page);
 void writePhotometrySection(const TourInput& input, Html& page);
 void writeSearchSection(const TourInput& input, Html& page);
+void writeCameraSection(const TourInput& input, Html& page);
+void writeResourcesSection(const TourInput& input, Html& page);
 void writeHalfSection(const TourInput& input, Html& page);
 void writeProfileSection(const TourInput& input, Html& page);
 
