@@ -91,8 +91,9 @@ private:
     std::unordered_map<std::uint32_t, Group> m_groups;  // the active ones
 };
 
-/// What the profiler keeps of a name: its hash. Names that are literals, or constants, are hashed
-/// when the program is compiled.
+/// What the profiler keeps of a name: its hash. Names that are literals, or arrays declared
+/// `constexpr`, are hashed when the program is compiled. An array that is `const` only does not
+/// compile: hand over a pointer to it.
 class KVRRbaProfiler::Id {
 public:
     template <std::size_t Size>

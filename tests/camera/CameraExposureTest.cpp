@@ -84,6 +84,14 @@ TEST(CameraExposure, sensitivity_of_a_value) {
     EXPECT_NE(Camera::ComputeISOfromEVValue(2), Camera::ComputeISOfromEVValue(2, 0.006, 8.0));
 }
 
+TEST(CameraExposure, sensitivity_is_computed_in_one_order) {
+    EXPECT_EQ(Camera::ComputeISOfromEVValue(0, 1, 1), 1 / (std::exp2(-1.4) * 18.0 / 1632.4));
+    // (t N) N is a number where N N vanishes, and so is 2^ev times it, where 2^ev t overflows.
+    EXPECT_DOUBLE_EQ(Camera::ComputeISOfromEVValue(1000, 1e300, 1e-170), 2.5644352557107676e263);
+    // t N N / K overflows before 2^ev can make it small.
+    EXPECT_EQ(Camera::ComputeISOfromEVValue(-100, 1e307, 1), kInfinity);
+}
+
 TEST(CameraExposure, both_directions_are_inverse) {
     for (const double iso : {1e-9, 0.8, 50.0, 100.0, 3200.0, 409600.0, 1e12})
         for (const double time : {1e-5, 1.0 / 8000, 0.006, 1.0, 30.0, 3600.0})

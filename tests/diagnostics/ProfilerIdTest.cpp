@@ -42,12 +42,14 @@ TEST(ProfilerId, takes_bytes_from_128_on_for_negative_numbers) {
 TEST(ProfilerId, is_the_same_whatever_holds_the_name) {
     constexpr char kArray[] = "foobar";
     char buffer[32] = "foobar";
+    const char constBuffer[] = "foobar";
     char* const text = buffer;
     const char* const constText = buffer;
     EXPECT_EQ(Id(kArray).Value(), 0xbf9cf968U);
     EXPECT_EQ(Id(buffer).Value(), 0xbf9cf968U);
     EXPECT_EQ(Id(text).Value(), 0xbf9cf968U);
     EXPECT_EQ(Id(constText).Value(), 0xbf9cf968U);
+    EXPECT_EQ(Id(&constBuffer[0]).Value(), 0xbf9cf968U);
     const Id copy = Id(constText);
     Id again = copy;
     EXPECT_EQ(Id(again).Value(), 0xbf9cf968U);

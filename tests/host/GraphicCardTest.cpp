@@ -126,6 +126,18 @@ TEST_F(GraphicCard, pci_devices_of_the_display_class_stand_in_for_missing_cards)
     EXPECT_EQ(vendor(), kNvidia);
 }
 
+// A folder lists its entries in any order.
+TEST_F(GraphicCard, first_pci_device_is_the_one_with_the_lowest_address) {
+    for (const char* address : {"0000:65:00.0", "0000:0a:00.0", "0000:03:00.1", "0000:03:00.0",
+                                "0001:01:00.0", "0000:b3:00.0", "0000:17:02.0", "0000:17:0f.0"})
+        putPci(address, "0x030000", std::string(address) == "0000:03:00.0" ? "0x1002" : "0x8086");
+    EXPECT_EQ(vendor(), kAmd);
+    putPci("0000:02:1f.7", "0x030000", "0x10de");
+    EXPECT_EQ(vendor(), kNvidia);
+    putPci("0000:00:02.0", "0x030000", "0x8086");
+    EXPECT_EQ(vendor(), kIntel);
+}
+
 TEST_F(GraphicCard, pci_device_without_a_readable_class_is_no_display) {
     putPci("0000:00:01.0", "", "0x8086");
     putPci("0000:00:02.0", "030000", "0x8086");

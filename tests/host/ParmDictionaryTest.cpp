@@ -192,6 +192,7 @@ TEST(ParmDictionary, values_convert_between_units_of_one_magnitude) {
     EXPECT_EQ(converted(1, "in", "mm"), 25.4);
     EXPECT_EQ(converted(1, "ft", "in"), 12);
     EXPECT_EQ(converted(1, "mi", "ft"), 5280);
+    EXPECT_DOUBLE_EQ(converted(204, "in", "ft"), 17);  // 17.000000000000004
     EXPECT_EQ(converted(1, "gal", "in3"), 231);
     EXPECT_EQ(converted(1, "lb", "oz"), 16);
     EXPECT_EQ(converted(-2.5, "km", "m"), -2500);

@@ -8,8 +8,8 @@ namespace rb::app {
 
 /// A unit; a quantity of v in it is (v + zero) * numerator / denominator in the coherent unit.
 ///
-/// The factor is kept as two numbers, which are integers wherever that can be: conversions like 12
-/// in = 1 ft come out exact then.
+/// The factor is kept as two numbers, which are integers wherever that can be: the factor is
+/// the double next to the definition then.
 struct UnitEntry {
     const char* symbol;
     double numerator;
