@@ -27,6 +27,8 @@ TEST(CameraEv, follows_sensitivity_time_and_aperture) {
         numberOf({"ev", "--iso", "400", "--time=0.016666666666666666", "--aperture=5.6"}, "ev"),
         1.6770392321143341, 2e-15);
     EXPECT_NEAR(numberOf({"ev", "--iso=100", "--time", "0.006"}, "ev"), 0.12182407478722979, 2e-15);
+    EXPECT_EQ(numberOf({"ev", "--iso", "400", "--time=1/60"}, "ev"),
+              numberOf({"ev", "--iso", "400", "--time=0.016666666666666666"}, "ev"));
     EXPECT_EQ(numberOf({"ev", "--iso=0"}, "ev"), -1.4);
     EXPECT_EQ(numberOf({"ev", "--iso", "-1e-3"}, "ev"), -1.4);
     EXPECT_EQ(numberOf({"ev", "--iso=250", "--aperture=0"}, "ev"),
@@ -63,7 +65,13 @@ TEST(CameraEv, wrong_numbers_are_wrong_usage) {
         {{"ev", "--iso", "1e999"}, "--iso"},
         {{"ev", "--iso=100", "--time", "0"}, "--time"},
         {{"ev", "--iso=100", "--time", "-1"}, "--time"},
-        {{"ev", "--iso=100", "--time", "1/60"}, "--time"},
+        {{"ev", "--iso=100", "--time", "1/0"}, "--time"},
+        {{"ev", "--iso=100", "--time", "0/60"}, "--time"},
+        {{"ev", "--iso=100", "--time", "-1/60"}, "--time"},
+        {{"ev", "--iso=100", "--time", "1/60/2"}, "--time"},
+        {{"ev", "--iso=100", "--time", "1/"}, "--time"},
+        {{"ev", "--iso=100", "--time", "/60"}, "--time"},
+        {{"ev", "--iso=100", "--time", "1e308/1e-308"}, "--time"},
         {{"ev", "--iso=100", "--aperture", "-1"}, "--aperture"},
         {{"iso", "--ev", "inf"}, "--ev"},
         {{"iso", "--ev=1", "--aperture", "nan"}, "--aperture"},

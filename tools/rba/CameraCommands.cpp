@@ -14,7 +14,8 @@ using Camera = KVRRbaCameraServices;
 
 struct ExposureArguments {
     double given = 0;  // sensitivity or exposure value
-    double time = Camera::kDefaultExposureTime, aperture = Camera::kDefaultAperture;
+    std::string time;  // as typed; empty stands for the default
+    double aperture = Camera::kDefaultAperture;
 };
 struct PointArguments {
     double x = 0, y = 0, width = 0, height = 0;
@@ -48,9 +49,26 @@ void checkPoint(const PointArguments& point, const char* xName, const char* yNam
     checkAboveZero("H", point.height);
 }
 
+/// Seconds of a number or of a fraction as photographers write it.
+double secondsOf(const std::string& text) {
+    const std::size_t slash = text.find('/');
+    double time = 0, divisor = 1;
+    const bool isRead =
+        readNumber(std::string_view(text).substr(0, slash), time) == std::errc() &&
+        (slash == std::string::npos ||
+         readNumber(std::string_view(text).substr(slash + 1), divisor) == std::errc());
+    const double seconds = time / divisor;
+    if (isRead && std::isfinite(seconds) && seconds > 0) return seconds;
+    throw UsageError("--time: expected seconds above 0, as in 0.004 or 1/250, found '" + text +
+                     "'");
+}
+
+double timeOf(const ExposureArguments& arguments) {
+    return arguments.time.empty() ? Camera::kDefaultExposureTime : secondsOf(arguments.time);
+}
+
 void checkExposure(const char* name, const ExposureArguments& arguments) {
     checkFinite(name, arguments.given);
-    checkAboveZero("--time", arguments.time);
     if (!std::isfinite(arguments.aperture) || arguments.aperture < 0)
         refuse("--aperture", "a finite number from 0 on", arguments.aperture);
 }
@@ -67,16 +85,18 @@ int print(Context& context, const char* key, const char* text, T number) {
 
 int runEv(Context& context, const ExposureArguments& arguments) {
     checkExposure("--iso", arguments);
+    const double time = timeOf(arguments);
     const double ev = measured("KVRRbaCameraServices", "ComputeEVValuefromISO", [&] {
-        return Camera::ComputeEVValuefromISO(arguments.given, arguments.time, arguments.aperture);
+        return Camera::ComputeEVValuefromISO(arguments.given, time, arguments.aperture);
     });
     return print(context, "ev", "EV ", ev);
 }
 
 int runIso(Context& context, const ExposureArguments& arguments) {
     checkExposure("--ev", arguments);
+    const double time = timeOf(arguments);
     const double iso = measured("KVRRbaCameraServices", "ComputeISOfromEVValue", [&] {
-        return Camera::ComputeISOfromEVValue(arguments.given, arguments.time, arguments.aperture);
+        return Camera::ComputeISOfromEVValue(arguments.given, time, arguments.aperture);
     });
     return print(context, "iso", "ISO ", iso);
 }
@@ -155,7 +175,7 @@ int runFocus(Context& context, const FocusArguments& arguments) {
 
 void addExposureOptions(CLI::App& command, ExposureArguments& arguments) {
     addOption(command, "--time", arguments.time, "T",
-              "Exposure time in seconds; default 0.006 (in single precision)");
+              "Exposure time in seconds, also as 1/60; default 0.006 (in single precision)");
     addOption(command, "--aperture", arguments.aperture, "N", "f-number; default 8");
 }
 
@@ -166,7 +186,7 @@ void addEv(CLI::App& group, Context& context) {
          "Compute the exposure value of a film sensitivity. log2(K X / (T N^2)) with K = 2^-1.4 x "
          "18 / 1632.4; -1.4 for a sensitivity of 0 or less. An aperture of 0 stands for 8.",
          "rba camera ev --iso 100\n"
-         "rba camera ev --iso 400 --time 0.0166667 --aperture 5.6"});
+         "rba camera ev --iso 400 --time 1/60 --aperture 5.6"});
     addOption(command, "--iso", arguments.given, "X", "Film sensitivity, ISO")->required();
     addExposureOptions(command, arguments);
 }

@@ -36,7 +36,9 @@ struct UnitFacts {
 UnitFacts readUnit(const std::string& symbol) {
     const auto unit = KVRVar<KVRICkeUnit>::Adopt(KVRParmDictionary::FindUnit(symbol));
     if (!unit)
-        throw Failure(named(symbol, "symbol"), "expected the symbol of a unit, found none such");
+        throw Failure(
+            named(symbol, "symbol"),
+            "expected the symbol of a unit, as in um, mm, deg or cd/m2, found another text");
     const auto magnitude = KVRVar<KVRICkeMagnitude>::Adopt(unit->GetMagnitude());
     const bool isLength = measured("KVRRbaVisuServices", "IsMetricUnit",
                                    [&] { return KVRRbaVisuServices::IsMetricUnit(*unit.Get()); });

@@ -67,10 +67,13 @@ const char* enlisted(const char* group, const char* timer) {
 std::vector<ProfileRow> profile() {
     const KVRRbaProfiler& profiler = KVRRbaProfiler::GetInstance();
     std::vector<ProfileRow> rows;
-    for (const auto& [group, timer] : g_sections)
-        rows.push_back({group, timer, profiler.GetHitCount(group, timer),
-                        profiler.GetAccumulatedMS(group, timer),
+    for (const auto& [group, timer] : g_sections) {
+        // Without memory the profiler loses a measure.
+        const int hitCount = profiler.GetHitCount(group, timer);
+        if (hitCount == 0) continue;
+        rows.push_back({group, timer, hitCount, profiler.GetAccumulatedMS(group, timer),
                         profiler.GetAllMeasuresMS(group, timer)});
+    }
     std::ranges::stable_sort(rows, std::ranges::greater(), &ProfileRow::accumulatedMs);
     return rows;
 }

@@ -31,7 +31,7 @@ auto measured(const char* group, const char* timer, Call call) {
 struct ProfileRow {
     const char* group;
     const char* timer;
-    int hitCount;
+    int hitCount;  ///< 1 at least.
     double accumulatedMs;
     std::vector<double> measuresMs;  ///< Empty unless the environment asks to keep them.
 

@@ -1,4 +1,5 @@
 #include "RenderingBase/public/KVRRbaPathResolver.h"
+#include "RenderingBase/public/KVRRbaSettings.h"
 #include "tools/rba/CommandLine.h"
 #include "tools/rba/Commands.h"
 #include "tools/rba/Output.h"
@@ -12,8 +13,16 @@ struct ResolveArguments {
     std::vector<std::string> paths;
 };
 
-constexpr const char* kNothing =
-    "expected a file or folder, itself or in one of the search folders, found none";
+/// Why a path leads to nothing.
+std::string nothingFound() {
+    const std::string nothing =
+        "expected a file or folder, itself or in one of the search folders, found none";
+    const bool hasFolders = KVRRbaSettings::KVRGraphicPath() || KVRRbaSettings::KVRStartupPath() ||
+                            KVRRbaSettings::KVRInstallPath();
+    return nothing + (hasFolders ? ""
+                                 : " (and there are no such folders: none of KVRGraphicPath, "
+                                   "KVRStartupPath and KVRInstallPath is defined)");
+}
 
 /// Prints what a path means; what does not exist has a result, too, which says so.
 int resolveOne(const Context& context, const std::string& path, Json& results) {
@@ -28,7 +37,7 @@ int resolveOne(const Context& context, const std::string& path, Json& results) {
         *context.out << onOneLine(path) << " -> " << onOneLine(place) << '\n';
     if (exists) return kDone;
     context.out->flush();  // what came before stays before
-    printError(named(path) + ": " + kNothing);
+    printError(named(path) + ": " + nothingFound());
     return kFailed;
 }
 

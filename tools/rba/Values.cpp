@@ -154,7 +154,9 @@ std::array<T, 3> readThreeNumbers(const std::string& name, const std::string& te
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     if (isRight) return numbers;
-    throw UsageError(name + ": expected three numbers as in " + example + ", found '" + text + "'");
+    throw UsageError(name + ": expected three numbers as in " + example +
+                     (sizeof(T) == sizeof(float) ? ", in the range of float" : "") + ", found '" +
+                     text + "'");
 }
 template std::array<float, 3> readThreeNumbers(const std::string&, const std::string&,
                                                const std::string&);

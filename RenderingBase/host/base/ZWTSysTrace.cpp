@@ -20,7 +20,7 @@ bool listHas(std::string_view list, std::string_view name) {
 std::string formatted(const char* format, va_list arguments) {
     const std::unique_ptr<char, decltype(&g_free)> text(g_strdup_vprintf(format, arguments),
                                                         &g_free);
-    return text.get();
+    return text ? text.get() : format;  // none for an encoding error of the system
 }
 
 // GLib sends information and debug lines to standard output or drops them; messages and warnings go
