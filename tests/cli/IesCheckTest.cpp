@@ -196,6 +196,9 @@ TEST_F(IesCheck, ranges_are_told_in_words) {
         {"1", {0, 90}, {10, 90}, "from 10 to 90: 0 to 10 continue the slope of the first two"},
         {"1", {0, 90}, {0, 90, 270}, "from 0 to 270: 0 to 90 are not used ["},
         {"1", {0, 90}, {0, 180, 400}, "from 0 to 400: 360 to 400 are not used ["},
+        {"1", {0, 90}, {-90, -45, 0}, "from -90 to 0: the first values count all around ["},
+        {"1", {0, 90}, {-30, 300}, "from -30 to 300: -30 to 0 count only behind the last angle ["},
+        {"1", {0, 90}, {-30, 180, 360}, "from -30 to 360: -30 to 0 are not used ["},
         {"2", {10, 90}, {-90, 90}, "from 10 to 90: 0 to 10 are dark, above and below the horizon"},
         {"3", {-60, 60}, {-90, 90}, "from -60 to 60: -90 to -60 and 60 to 90 are dark ["},
         {"3", {-90, -10}, {0, 90}, "from -90 to -10: 0 to 90 are dark, above and below"},
@@ -213,6 +216,26 @@ TEST_F(IesCheck, ranges_are_told_in_words) {
         ies.candela.assign(test.vertical.size() * test.horizontal.size(), 5);
         const std::string text = runRba({"ies", "check", folder().write("a.ies", ies.build())}).out;
         EXPECT_NE(text.find(test.words), std::string::npos) << test.words << "\n" << text;
+    }
+}
+
+TEST_F(IesCheck, dark_is_what_has_no_light_in_any_direction) {
+    // The borders of a half circle are black, not what is between.
+    EXPECT_EQ(codesOf(IesBuilder(), {0, 90, 180}, {-180, 180}),
+              (Codes{"horizontal-range", "black-seam", "black-pole"}));
+    IesBuilder sideways;
+    sideways.type = "2";
+    EXPECT_EQ(codesOf(sideways, {-90, 90}, {190, 220}).count("dark"), 1U);
+    EXPECT_EQ(codesOf(sideways, {100, 110}, {-90, 90}).count("dark"), 1U);
+    EXPECT_EQ(codesOf(sideways, {80, 110}, {-90, 90}).count("dark"), 0U);
+    // A beam of one value among thousands.
+    IesBuilder beam;
+    beam.vertical.clear();
+    for (int i = 0; i <= 3600; ++i) beam.vertical.push_back(static_cast<float>(i) / 20);
+    for (const std::size_t lit : {1000U, 1001U, 1007U}) {
+        beam.candela.assign(beam.vertical.size(), 0);
+        beam.candela[lit] = 5;
+        EXPECT_EQ(codesOf(beam.build()), Codes{}) << lit;
     }
 }
 
@@ -324,6 +347,7 @@ TEST_F(IesCheck, hints_name_what_makes_texts_unreadable) {
     };
     const Case cases[] = {
         {replaced(plain, "\n", "\r"), "carriage returns alone end no line"},
+        {replaced(plain, "\n", "\r") + "\r\n\n", "carriage returns alone end no line"},
         {"\xFF\xFE" + wide, "UTF-16"},
         {wide, "UTF-16"},
         {replaced(plain, "TILT=", "TILT ="), "no blank before its '='"},
