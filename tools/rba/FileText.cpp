@@ -15,7 +15,7 @@ constexpr std::array<char16_t, 32> kWindowsCodes = {
 
 bool isUtf8(const std::string& text) {
     // What is not valid is replaced.
-    return KVRUnicodeString(text).View() == text;
+    return KVRUnicodeString(text.c_str()).CastToCharPtr() == text;
 }
 
 void appendUtf8(std::string& text, unsigned code) {
