@@ -60,6 +60,9 @@ TEST_F(IesCheck, a_single_horizontal_angle_leads_nowhere) {
         EXPECT_EQ(codes.count("single-angle"), 1U) << angle;
         EXPECT_EQ(codes.count("horizontal-range"), 0U) << angle;
     }
+    IesBuilder level;
+    level.type = "2";
+    EXPECT_EQ(codesOf(level, {-90, 90}, {-5}), (Codes{"dark", "single-angle"}));
 }
 
 TEST_F(IesCheck, a_mark_before_the_first_line_hides_nothing) {
@@ -195,10 +198,16 @@ TEST_F(IesCheck, ranges_are_told_in_words) {
         {"1", {0, 90}, {0, 45, 75}, "horizontal angles go from 0 to 75: 75 to 90 are dark ["},
         {"1", {0, 90}, {10, 90}, "from 10 to 90: 0 to 10 continue the slope of the first two"},
         {"1", {0, 90}, {0, 90, 270}, "from 0 to 270: 0 to 90 are not used ["},
+        {"1", {0, 90}, {90, 250}, "from 90 to 250: 250 to 270 are dark ["},
+        {"1", {0, 90}, {0, 345}, "do not lead to those at 0 ["},
         {"1", {0, 90}, {0, 180, 400}, "from 0 to 400: 360 to 400 are not used ["},
+        {"1", {0, 90}, {-90, -45, 0}, "from -90 to 0: the first values count all around ["},
+        {"1", {0, 90}, {-30, 300}, "from -30 to 300: -30 to 0 count only behind the last angle ["},
+        {"1", {0, 90}, {-30, 180, 360}, "from -30 to 360: -30 to 0 are not used ["},
         {"2", {10, 90}, {-90, 90}, "from 10 to 90: 0 to 10 are dark, above and below the horizon"},
         {"3", {-60, 60}, {-90, 90}, "from -60 to 60: -90 to -60 and 60 to 90 are dark ["},
         {"3", {-90, -10}, {0, 90}, "from -90 to -10: 0 to 90 are dark, above and below"},
+        {"3", {-120, -100}, {-90, 90}, "-100: -90 to 90 are dark, -120 to -100 are not used ["},
         {"2", {-90, 90}, {10, 90}, "horizontal angles go from 10 to 90: 0 to 10 are dark ["},
         {"2", {-90, 90}, {-90, 0}, "from -90 to 0: 0 to 90 are dark ["},
         {"3", {-90, 90}, {-180, 90}, "from -180 to 90: 90 to 180 are dark ["},
@@ -216,9 +225,31 @@ TEST_F(IesCheck, ranges_are_told_in_words) {
     }
 }
 
+TEST_F(IesCheck, dark_is_what_has_no_light_in_any_direction) {
+    // The borders of a half circle are black, not what is between.
+    EXPECT_EQ(codesOf(IesBuilder(), {0, 90, 180}, {-180, 180}),
+              (Codes{"horizontal-range", "black-seam", "black-pole"}));
+    IesBuilder sideways;
+    sideways.type = "2";
+    EXPECT_EQ(codesOf(sideways, {-90, 90}, {190, 220}).count("dark"), 1U);
+    EXPECT_EQ(codesOf(sideways, {100, 110}, {-90, 90}).count("dark"), 1U);
+    EXPECT_EQ(codesOf(sideways, {80, 110}, {-90, 90}).count("dark"), 0U);
+    // A beam of one value among thousands.
+    IesBuilder beam;
+    beam.vertical.clear();
+    for (int i = 0; i <= 3600; ++i) beam.vertical.push_back(static_cast<float>(i) / 20);
+    for (const std::size_t lit : {1000U, 1001U, 1007U}) {
+        beam.candela.assign(beam.vertical.size(), 0);
+        beam.candela[lit] = 5;
+        EXPECT_EQ(codesOf(beam.build()), Codes{}) << lit;
+    }
+}
+
 TEST_F(IesCheck, factors_of_the_ballast_are_not_applied) {
     IesBuilder ies;
     ies.ballast = "0.9";
+    EXPECT_EQ(codesOf(ies.build()), Codes{"ballast-not-applied"});
+    ies.ballast = "1.1";
     EXPECT_EQ(codesOf(ies.build()), Codes{"ballast-not-applied"});
     ies.ballast = "1.0";
     EXPECT_EQ(codesOf(ies.build()), Codes{});
@@ -324,6 +355,7 @@ TEST_F(IesCheck, hints_name_what_makes_texts_unreadable) {
     };
     const Case cases[] = {
         {replaced(plain, "\n", "\r"), "carriage returns alone end no line"},
+        {replaced(plain, "\n", "\r") + "\r\n\n", "carriage returns alone end no line"},
         {"\xFF\xFE" + wide, "UTF-16"},
         {wide, "UTF-16"},
         {replaced(plain, "TILT=", "TILT ="), "no blank before its '='"},

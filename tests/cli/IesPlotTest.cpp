@@ -197,6 +197,19 @@ TEST_F(IesPlot, angles_that_no_direction_has_are_not_drawn) {
     EXPECT_TRUE(isErrorLine(runRba({"ies", "plot", in, folder().file("no.svg")}).err, in));
 }
 
+TEST_F(IesPlot, angles_that_are_close_to_one_another_are_drawn) {
+    IesBuilder ies;
+    ies.vertical = {0, 45, 45.01F, 90};
+    ies.candela = {100, 100, 5, 5};
+    double least = 90;
+    for (const Place& place : outlineOf(plotted(ies), "first")) {
+        const double right = place.x - 320, down = place.y - 110;
+        const bool isLow = std::hypot(right, down) < 20;  // 100 cd are 236 units
+        if (isLow && right > 1) least = std::min(least, std::atan2(right, down) * 180 / 3.14159265);
+    }
+    EXPECT_NEAR(least, 45.01, 0.1);  // of places with two digits
+}
+
 TEST_F(IesPlot, hostile_names_are_escaped) {
     IesBuilder ies;
     ies.keywords = "[LUMINAIRE] <script>\"&\x1b\xff\n";

@@ -69,8 +69,11 @@ void findInVerticalRange(const Angles& angles, std::vector<Finding>& findings) {
 std::string gapsIn(const Angles& angles, float least, float most, bool isDarkBehind) {
     const float first = angles.front(), last = angles.back();
     const char* const guessed = " continue the slope of the first two angles";
+    // Behind the last angle of a circle that is not closed, values lead to those of the first.
+    const bool isOpen = !isDarkBehind && last < most;
+    const char* const beyond = isOpen ? " count only behind the last angle" : " are not used";
     const std::string before = first > least ? told(range(least, first), "", guessed)
-                                             : told(range(first, least), "", " are not used");
+                                             : told(range(first, least), "", beyond);
     if (last > most) return listed(before, told(range(most, last), "", " are not used"));
     return listed(before, isDarkBehind ? told(range(last, most), "", " are dark") : "");
 }
@@ -80,7 +83,8 @@ std::string gapsInCircle(const IESPhotometry& record) {
     const Angles& angles = record.horizontalAngles;
     switch (circleOf(record)) {
         case Circle::Axial:
-            break;
+            return angles.size() > 1 && angles.back() >= 0 ? "the first values count all around"
+                                                           : "";
         case Circle::Quadrant:
             return gapsIn(angles, 0, 90, true);
         case Circle::FrontHalf:

@@ -11,14 +11,28 @@ using KVRRbaIESLoader::IESPhotometry;
 
 constexpr float kPi = 3.1415927F;
 
-/// Some of the angles, and what is half way between.
-std::vector<float> samplesOf(const std::vector<float>& angles) {
-    constexpr std::size_t kMost = 256;
-    const std::size_t step = (angles.size() + kMost - 1) / kMost;
+constexpr std::size_t kMostSamples = 256;
+
+/// Degrees that directions have.
+struct Range {
+    float least, most;
+};
+Range verticalRange(const IESPhotometry& record) {
+    return record.photometricType == kTypeC ? Range{0, 180} : Range{-90, 90};
+}
+Range horizontalRange(const IESPhotometry& record) {
+    return record.photometricType == kTypeC ? Range{0, 360} : Range{-180, 180};
+}
+
+/// About @p most of the angles, and what is half way between. Those out of @p range are its
+/// borders.
+std::vector<float> samplesOf(const std::vector<float>& angles, Range range, std::size_t most) {
+    const std::size_t step = (angles.size() - 1) / most + 1;
+    const auto at = [&](std::size_t i) { return std::clamp(angles[i], range.least, range.most); };
     std::vector<float> samples;
     for (std::size_t i = 0; i < angles.size(); i += step) {
-        samples.push_back(angles[i]);
-        if (i + 1 < angles.size()) samples.push_back((angles[i] + angles[i + 1]) / 2);
+        samples.push_back(at(i));
+        if (i + 1 < angles.size()) samples.push_back((at(i) + at(i + 1)) / 2);
     }
     return samples;
 }
@@ -38,10 +52,11 @@ struct Survey {
     std::string notNumber, infinite;  // the first place
 };
 
-Survey surveyOf(const IESPhotometry& record) {
+Survey surveyOf(const IESPhotometry& record, std::size_t most) {
     Survey survey;
-    for (const float horizontal : samplesOf(record.horizontalAngles))
-        for (const float vertical : samplesOf(record.verticalAngles)) {
+    const auto verticals = samplesOf(record.verticalAngles, verticalRange(record), most);
+    for (const float horizontal : samplesOf(record.horizontalAngles, horizontalRange(record), most))
+        for (const float vertical : verticals) {
             const float candela = candelaAtAngles(record, vertical, horizontal);
             survey.isLit |= candela != 0;
             if (std::isfinite(candela)) continue;
@@ -53,7 +68,11 @@ Survey surveyOf(const IESPhotometry& record) {
 }
 
 void findInSurvey(const IESPhotometry& record, std::vector<Finding>& findings) {
-    const Survey survey = surveyOf(record);
+    const bool hasValues =
+        std::ranges::any_of(record.candelaValues, [](float value) { return value != 0; });
+    Survey survey = surveyOf(record, kMostSamples);
+    if (!survey.isLit && hasValues)  // the light may be narrower than the samples are apart
+        survey = surveyOf(record, record.candelaValues.size());
     if (!survey.notNumber.empty())
         findings.push_back({"not-a-number", "the intensity is not a number (NaN) at " +
                                                 survey.notNumber + " degrees"});
@@ -62,8 +81,6 @@ void findInSurvey(const IESPhotometry& record, std::vector<Finding>& findings) {
                                              " the intensity is infinite at " + survey.infinite +
                                              " degrees"});
     if (survey.isLit) return;
-    const bool hasValues =
-        std::ranges::any_of(record.candelaValues, [](float value) { return value != 0; });
     std::string reason = "all intensities are 0";
     if (hasValues)
         reason = record.intensityScale == 0 ? "the scale is 0 (lamps times multiplier)"
@@ -81,7 +98,8 @@ bool isBlack(float there, float beside, float farther) {
 }
 
 bool isBlackSeam(const IESPhotometry& record, float phi) {
-    return std::ranges::any_of(samplesOf(record.verticalAngles), [&](float vertical) {
+    const auto verticals = samplesOf(record.verticalAngles, verticalRange(record), kMostSamples);
+    return std::ranges::any_of(verticals, [&](float vertical) {
         const float theta = (180 - vertical) / 180 * kPi;
         return isBlack(candelaAt(record, theta, phi), candelaAt(record, theta, phi + kAside),
                        candelaAt(record, theta, phi + 2 * kAside));

@@ -22,6 +22,11 @@ int keywordLinesOf(std::string_view text) {
     }
 }
 
+/// Without the ends of lines behind it.
+std::string_view trimmedEnd(std::string_view line) {
+    return line.substr(0, line.find_last_not_of("\r\n") + 1);
+}
+
 /// UTF-16 and UTF-32 have zeros in every letter of the numbers.
 bool isWide(std::string_view text) {
     return text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") ||
@@ -41,7 +46,7 @@ bool hasTiltWithBlanks(std::string_view text) {
 std::string hintOn(std::string_view text) {
     constexpr int kMostKeywordLines = 99;  // and the tilt line
     if (isWide(text)) return " (the text is UTF-16 or no text at all)";
-    if (contains(text, "\r") && !contains(text, "\n"))
+    if (contains(trimmedEnd(firstLineOf(text)), "\r"))
         return " (carriage returns alone end no line, so all of it is the first line)";
     if (contains(firstLineOf(text), "TILT="))
         return " (the first line is always used up, here it is the tilt line)";

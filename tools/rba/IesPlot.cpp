@@ -44,7 +44,7 @@ void addIesPlot(CLI::App& group, Context& context) {
         {"plot",
          "Draw the polar diagram of a photometric file. It shows the planes C0/C180 and C90/C270 "
          "(of types A and B those through the axis), with rings in candelas, and names the "
-         "luminaire, its maker and its lamp. Planes have the values of the file, without what "
+         "luminaire, its maker and its lamp. Planes have the values of the file, also those that "
          "tables leave dark. The extension of OUT chooses the format.",
          "rba ies plot street.ies street.svg\nrba ies plot street.ies street.png"});
     addArgument(command, "PATH", arguments.in, "Photometric file");

@@ -40,11 +40,13 @@ std::vector<float> anglesWithin(std::vector<float> angles, const Range& shown) {
 /// The angles, and others between where they are far apart: in polar coordinates what is linear
 /// between two angles is bent.
 std::vector<float> sampledAngles(const std::vector<float>& angles) {
-    constexpr float kClosest = 0.05F, kFarthest = 1;
+    constexpr std::size_t kMany = 4096;
+    constexpr float kFarthest = 1;
+    const float closest = angles.size() > kMany ? 0.05F : 0;  // so that drawings stay small
     std::vector<float> sampled{angles.front()};
     for (const float next : angles) {
         const float from = sampled.back(), gap = next - from;
-        if (gap < kClosest) continue;
+        if (gap <= closest) continue;
         const float steps = std::ceil(gap / kFarthest);
         for (float i = 1; i < steps; ++i) sampled.push_back(from + gap * i / steps);
         sampled.push_back(next);
