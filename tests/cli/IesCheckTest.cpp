@@ -259,7 +259,9 @@ TEST_F(IesCheck, factors_of_the_ballast_are_not_applied) {
     EXPECT_EQ(codesOf(ies.build()), Codes{"dialect-unknown"});
     ies.version = "IESNA91";
     EXPECT_EQ(codesOf(ies.build()), Codes{"ballast-not-applied"});
-    ies.version = "a label of 1986";
+    ies.version = "IESNA:LM-63-1986";
+    EXPECT_EQ(codesOf(ies.build()), (Codes{"ballast-not-applied", "dialect-unknown"}));
+    ies.version = "a label as in 1986";
     EXPECT_EQ(codesOf(ies.build()), (Codes{"ballast-not-applied", "dialect-unknown"}));
 }
 

@@ -217,6 +217,8 @@ TEST_F(IesPlot, hostile_names_are_escaped) {
     EXPECT_EQ(svg.find("<script"), std::string::npos);
     EXPECT_EQ(svg.find('\x1b'), std::string::npos);
     EXPECT_EQ(svg.find('\xff'), std::string::npos);
+    ies.keywords = "[LUMINAIRE] a\xef\xbf\xbe\xef\xbf\xbf\n";
+    EXPECT_TRUE(hasText(plotted(ies), "a\ufffd\ufffd"));  // XML has no such characters
 }
 
 TEST_F(IesPlot, what_cannot_be_drawn_is_told) {

@@ -38,6 +38,20 @@ TEST_F(Resolve, relative_path_is_found_in_the_lists) {
     EXPECT_EQ(json.json()[0]["exists"], true);
 }
 
+TEST_F(Resolve, missing_lists_are_told_where_nothing_is_found) {
+    const std::string hint =
+        "KVRGraphicPath, KVRStartupPath and KVRInstallPath are not defined or empty";
+    RbaSettings noLists;
+    noLists.environment = {"KVRStartupPath="};
+    noLists.folder = folder().path();
+    const RbaResult without = runRba({"resolve", "oak.png"}, noLists);
+    EXPECT_EQ(without.status, 1);
+    EXPECT_NE(without.err.find(hint), std::string::npos) << without.err;
+    const RbaResult with = run({"resolve", "oak.png"});
+    EXPECT_EQ(with.status, 1);
+    EXPECT_EQ(with.err.find(hint), std::string::npos) << with.err;
+}
+
 TEST_F(Resolve, path_that_exists_stays_as_it_is) {
     folder().write("graphic/oak.png");
     folder().write("oak.png");

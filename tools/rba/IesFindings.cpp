@@ -74,7 +74,8 @@ void findInTilt(const Photometry& photometry, std::vector<Finding>& findings) {
 /// Editions since 1995 keep other things in the place of the ballast-lamp factor.
 bool hasBallastLampFactor(const Photometry& photometry) {
     const int version = photometry.record.formatVersion;
-    return version == 2 || (version == 1 && !contains(photometry.firstLine, "LM-63"));
+    const std::string_view line = photometry.firstLine;
+    return version == 2 || (version == 1 && (!contains(line, "LM-63") || contains(line, "1986")));
 }
 
 void findInBallast(const Photometry& photometry, std::vector<Finding>& findings) {

@@ -15,13 +15,16 @@ struct ResolveArguments {
 
 /// Why a path leads to nothing.
 std::string nothingFound() {
-    const std::string nothing =
-        "expected a file or folder, itself or in one of the search folders, found none";
-    const bool hasFolders = KVRRbaSettings::KVRGraphicPath() || KVRRbaSettings::KVRStartupPath() ||
-                            KVRRbaSettings::KVRInstallPath();
-    return nothing + (hasFolders ? ""
-                                 : " (and there are no such folders: none of KVRGraphicPath, "
-                                   "KVRStartupPath and KVRInstallPath is defined)");
+    bool hasFolders = false;
+    for (const char* list : {KVRRbaSettings::KVRGraphicPath(), KVRRbaSettings::KVRStartupPath(),
+                             KVRRbaSettings::KVRInstallPath()})
+        hasFolders |= list && *list;
+    return std::string(
+               "expected a file or folder, itself or in one of the search folders, found "
+               "none") +
+           (hasFolders ? ""
+                       : "; there are no such folders: KVRGraphicPath, KVRStartupPath and "
+                         "KVRInstallPath are not defined or empty");
 }
 
 /// Prints what a path means; what does not exist has a result, too, which says so.

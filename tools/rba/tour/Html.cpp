@@ -7,7 +7,10 @@
 namespace rb::cli::tour {
 
 std::string escapeHtml(std::string_view text) {
-    const KVRUnicodeString valid(text);
+    KVRUnicodeString valid(text);
+    // XML has neither U+FFFE nor U+FFFF (Extensible Markup Language 1.0, 2.2).
+    for (const char* character : {"\xEF\xBF\xBE", "\xEF\xBF\xBF"})
+        valid.Replace(character, "\xEF\xBF\xBD");
     std::string result;
     for (const char c : valid.View()) {
         switch (c) {
