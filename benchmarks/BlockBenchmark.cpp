@@ -5,6 +5,7 @@
 // before they are measured.
 
 #include "RenderingBase/host/imaging/BlockDecoder.h"
+#include "benchmarks/RunBenchmarks.h"
 #include "tests/image/ReferenceBlocks.h"
 
 #include <algorithm>
@@ -161,9 +162,5 @@ int main(int argc, char** argv) {
         if (hasPlainDecoder(what.kind)) addCase(what, "plain", BM_decode, decodePlainly);
         addCase(what, "copy", BM_copy);
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return rb::benchmarks::runBenchmarks(argc, argv);
 }

@@ -4,6 +4,7 @@
 #include "RenderingBase/host/imaging/KVRLastImageError.h"
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/public/KVRRbaTextureLoader.h"
+#include "benchmarks/RunBenchmarks.h"
 
 #include <Imath/half.h>
 #include <ImfChannelList.h>
@@ -284,9 +285,8 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark("write_png/bare/4096", BM_writePngBare)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
+    const int status = rb::benchmarks::runBenchmarks(argc, argv);
+    if (status != 0) return status;
     for (const char* const name : {"written.png", "written-bare.png"}) {
         const auto path = std::filesystem::path(folder()) / name;
         if (!std::filesystem::exists(path)) continue;

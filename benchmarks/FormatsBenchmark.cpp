@@ -6,6 +6,7 @@
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/imaging/KVRTexturePixelImage.h"
 #include "benchmarks/FormatFiles.h"
+#include "benchmarks/RunBenchmarks.h"
 #include "tests/image/ReferenceBlocks.h"
 
 #include <algorithm>
@@ -138,9 +139,5 @@ int main(int argc, char** argv) {
         add("ours", BM_read);
         add("copy", BM_copy);
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return rb::benchmarks::runBenchmarks(argc, argv);
 }

@@ -3,6 +3,7 @@
 // writes as many bytes together. All targets have been written to before they are measured.
 
 #include "RenderingBase/host/imaging/HalfArrays.h"
+#include "benchmarks/RunBenchmarks.h"
 
 #include <Imath/half.h>
 #include <benchmark/benchmark.h>
@@ -137,9 +138,5 @@ int main(int argc, char** argv) {
         std::fputs("half_benchmark: a conversion gives wrong values; nothing measured\n", stderr);
         return 1;
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return rb::benchmarks::runBenchmarks(argc, argv);
 }

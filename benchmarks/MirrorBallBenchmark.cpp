@@ -3,6 +3,7 @@
 // ball's bytes. All targets have been written to before they are measured.
 
 #include "RenderingBase/KVRRbaModel.m/src/kernels/MirrorBall.h"
+#include "benchmarks/RunBenchmarks.h"
 #include "tests/image/PlainMirrorBall.h"
 
 #include <benchmark/benchmark.h>
@@ -86,9 +87,5 @@ int main(int argc, char** argv) {
                    stderr);
         return 1;
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return rb::benchmarks::runBenchmarks(argc, argv);
 }

@@ -4,6 +4,7 @@
 // measured.
 
 #include "RenderingBase/public/KVRRbaIESLoader.h"
+#include "benchmarks/RunBenchmarks.h"
 #include "tests/photometry/PlainResampler.h"
 
 #include <algorithm>
@@ -185,9 +186,5 @@ int main(int argc, char** argv) {
         return 1;
     }
     addAll();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return rb::benchmarks::runBenchmarks(argc, argv);
 }

@@ -4,6 +4,7 @@
 // other groups are active all the time.
 
 #include "RenderingBase/public/KVRRbaProfiler.h"
+#include "benchmarks/RunBenchmarks.h"
 
 #include <benchmark/benchmark.h>
 #include <chrono>
@@ -111,9 +112,5 @@ int main(int argc, char** argv) {
         std::fputs("profiler_benchmark: a measure is wrong; nothing measured\n", stderr);
         return 1;
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return rb::benchmarks::runBenchmarks(argc, argv);
 }

@@ -11,6 +11,7 @@
 #include "RenderingBase/host/imaging/KVRPixelImage.h"
 #include "RenderingBase/host/modeler/KVRVar.h"
 #include "RenderingBase/public/KVRRbaImageServices.h"
+#include "benchmarks/RunBenchmarks.h"
 
 #include <algorithm>
 #include <array>
@@ -229,9 +230,5 @@ int main(int argc, char** argv) {
             return 1;
         }
     registerAll();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return rb::benchmarks::runBenchmarks(argc, argv);
 }
