@@ -85,6 +85,7 @@ private:
     void Pause(std::uint32_t group, std::uint32_t timer) noexcept;
     const Timer* GetTimer(std::uint32_t group, std::uint32_t timer) const noexcept;
     Group* FindGroup(std::uint32_t group) noexcept;  // null when it is not active
+    Group* FindGroup(const char* group) noexcept;
     static void Start(Group& timers, std::uint32_t timer) noexcept;
     static void Stop(Group& timers, std::uint32_t timer) noexcept;
 

@@ -57,6 +57,11 @@ KVRRbaProfiler::Group* KVRRbaProfiler::FindGroup(std::uint32_t group) noexcept {
     return found == m_groups.end() ? nullptr : &found->second;
 }
 
+KVRRbaProfiler::Group* KVRRbaProfiler::FindGroup(const char* group) noexcept {
+    // Most programs are not measured: their names are not even hashed.
+    return m_groups.empty() ? nullptr : FindGroup(idOf(group));
+}
+
 const KVRRbaProfiler::Timer* KVRRbaProfiler::GetTimer(std::uint32_t group,
                                                       std::uint32_t timer) const noexcept {
     const auto timers = m_groups.find(group);
@@ -81,7 +86,7 @@ bool KVRRbaProfiler::IsActive(std::uint32_t group) const noexcept {
 // The names of timers are hashed in active groups only.
 
 void KVRRbaProfiler::Resume(const char* group, const char* timer) noexcept {
-    if (Group* const timers = FindGroup(idOf(group))) Start(*timers, idOf(timer));
+    if (Group* const timers = FindGroup(group)) Start(*timers, idOf(timer));
 }
 
 void KVRRbaProfiler::Resume(std::uint32_t group, std::uint32_t timer) noexcept {
@@ -89,7 +94,7 @@ void KVRRbaProfiler::Resume(std::uint32_t group, std::uint32_t timer) noexcept {
 }
 
 void KVRRbaProfiler::Pause(const char* group, const char* timer) noexcept {
-    if (Group* const timers = FindGroup(idOf(group))) Stop(*timers, idOf(timer));
+    if (Group* const timers = FindGroup(group)) Stop(*timers, idOf(timer));
 }
 
 void KVRRbaProfiler::Pause(std::uint32_t group, std::uint32_t timer) noexcept {
@@ -116,13 +121,13 @@ void KVRRbaProfiler::Stop(Group& timers, std::uint32_t timer) noexcept {
 }
 
 void KVRRbaProfiler::Reset(const char* group, const char* timer) noexcept {
-    Group* const timers = FindGroup(idOf(group));
+    Group* const timers = FindGroup(group);
     if (!timers) return;
     record([&] { (*timers)[idOf(timer)] = {}; });
 }
 
 void KVRRbaProfiler::ResetAll(const char* group) noexcept {
-    if (Group* const timers = FindGroup(idOf(group))) timers->clear();
+    if (Group* const timers = FindGroup(group)) timers->clear();
 }
 
 void KVRRbaProfiler::ResetAll() noexcept {
