@@ -29,10 +29,15 @@ void writeDot(Html& page, std::string_view look, double x, double y) {
          << units(y) << "\" r=\"5\"/>"_html;
 }
 
+/// A point in a viewport, from its centre.
+struct Ratio {
+    double x, y;
+};
+
 void writeFocusPoints(Html& page) {
     constexpr double kWidth = 1920, kHeight = 1080, kMargin = 8;  // of the viewport, and around it
     constexpr double kScale = 0.27;                               // units of the drawing to a pixel
-    constexpr std::array<std::array<double, 2>, 5> kRatios{
+    constexpr std::array<Ratio, 5> kRatios{
         {{-0.7, 0.6}, {0.5, -0.25}, {0, 0.8}, {-0.4, -0.7}, {1.2, 0.4}}};
     page
         << R"(<figure><figcaption><b>Focus points</b> are kept as ratios, which survive another size of
@@ -44,16 +49,17 @@ the window, and placed in pixels, here of 1920 × 1080. A point outside gets the
         writeLine(page, "rule", kMargin, y, kMargin + kWidth * kScale, y);
     }
     page << "</g>"_html;
-    for (const auto& [rx, ry] : kRatios) {
+    for (const Ratio& ratio : kRatios) {
         double sx = 0, sy = 0;
         const HRESULT status =
             measured("KVRRbaCameraServices", "Convert2DFocusPointRatioToScreenCoordinates", [&] {
-                return Camera::Convert2DFocusPointRatioToScreenCoordinates(rx, ry, kWidth, kHeight,
-                                                                           sx, sy);
+                return Camera::Convert2DFocusPointRatioToScreenCoordinates(ratio.x, ratio.y, kWidth,
+                                                                           kHeight, sx, sy);
             });
         const double x = kMargin + sx * kScale, y = kMargin + sy * kScale;
         writeDot(page, Succeeded(status) ? "mark" : "mark warm", x, y);
-        writeText(page, x + 10, y - 6, "(" + numberText(rx) + ", " + numberText(ry) + ")");
+        writeText(page, x + 10, y - 6,
+                  "(" + numberText(ratio.x) + ", " + numberText(ratio.y) + ")");
         writeText(page, x + 10, y + 10,
                   Succeeded(status) ? numberText(sx, 0) + ", " + numberText(sy, 0) : "outside");
     }
@@ -116,18 +122,19 @@ sensitivity, two more for half the f-number, and one less for twice the time.</p
 <th scope="col" class="number">Time</th><th scope="col" class="number">Aperture</th>
 <th scope="col" class="number">EV</th><th scope="col" class="number">ISO of that EV</th></tr></thead><tbody>
 )"_html;
-    for (const auto& [iso, time, aperture, timeText] : kSettings) {
+    for (const Setting& setting : kSettings) {
         const double ev = measured("KVRRbaCameraServices", "ComputeEVValuefromISO", [&] {
-            return Camera::ComputeEVValuefromISO(iso, time, aperture);
+            return Camera::ComputeEVValuefromISO(setting.iso, setting.time, setting.aperture);
         });
         const double back = measured("KVRRbaCameraServices", "ComputeISOfromEVValue", [&] {
-            return Camera::ComputeISOfromEVValue(ev, time, aperture);
+            return Camera::ComputeISOfromEVValue(ev, setting.time, setting.aperture);
         });
-        page << "<tr><td class=\"number\">"_html << numberText(iso, 0)
-             << "</td><td class=\"number\">"_html << timeText << "</td><td class=\"number\">f/"_html
-             << numberText(static_cast<float>(aperture)) << "</td><td class=\"number\">"_html
-             << numberText(ev, 3) << "</td><td class=\"number\">"_html << numberText(back, 1)
-             << "</td></tr>\n"_html;
+        page << "<tr><td class=\"number\">"_html << numberText(setting.iso, 0)
+             << "</td><td class=\"number\">"_html << setting.timeText
+             << "</td><td class=\"number\">f/"_html
+             << numberText(static_cast<float>(setting.aperture))
+             << "</td><td class=\"number\">"_html << numberText(ev, 3)
+             << "</td><td class=\"number\">"_html << numberText(back, 1) << "</td></tr>\n"_html;
     }
     page << R"(</tbody></table></div>
 <p class="dim">A sensitivity of 0 has the value −1.4; what comes back is the one that has it, too.</p>
