@@ -65,6 +65,7 @@ TEST(CameraEv, wrong_numbers_are_wrong_usage) {
         {{"ev", "--iso", "1e999"}, "--iso"},
         {{"ev", "--iso=100", "--time", "0"}, "--time"},
         {{"ev", "--iso=100", "--time", "-1"}, "--time"},
+        {{"ev", "--iso=100", "--time="}, "--time"},
         {{"ev", "--iso=100", "--time", "1/0"}, "--time"},
         {{"ev", "--iso=100", "--time", "0/60"}, "--time"},
         {{"ev", "--iso=100", "--time", "-1/60"}, "--time"},

@@ -24,6 +24,8 @@ void addIesCheck(CLI::App& group, Context& context);
 void addIesTable(CLI::App& group, Context& context);
 void addIesPlot(CLI::App& group, Context& context);
 void addCameraCommands(CLI::App& program, Context& context);
+void addCameraExposure(CLI::App& group, Context& context);  ///< ev, iso
+void addCameraFocus(CLI::App& group, Context& context);     ///< to-screen, to-ratio, focus
 void addEnvCommand(CLI::App& program, Context& context);
 void addFittingCommand(CLI::App& program, Context& context);
 void addSettingsCommands(CLI::App& program, Context& context);

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned kDisplayClass = 0x03;  // PCI Code and ID Assignment Specification, section 1.4
+constexpr unsigned kDisplayClass = 0x03;  // display controllers: PCI Code and ID Assignment, 1.4
 constexpr unsigned kNoDevice = 0xFFFF;    // "invalid", PCI Local Bus 3.0, 6.2.1
 
 template <class Number>
