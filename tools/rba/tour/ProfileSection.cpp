@@ -16,9 +16,9 @@ void writeRow(Html& page, const ProfileRow& row) {
 }  // namespace
 
 void writeProfileSection(const TourInput&, Html& page) {
-    page << R"(<p class="lead">Every call of the library that made this page is a section that
-<code>KVRRbaProfiler</code> measured: its group is the class, its timer the operation. The same table
-of any command is printed by <code>rba --profile</code>.</p>
+    page << R"(<p class="lead">The calls of the library that made this page are sections of
+<code>KVRRbaProfiler</code>: the group is the class, the timer the operation. The same table of any
+command is printed by <code>rba --profile</code>.</p>
 <div class="scroll"><table><thead><tr><th scope="col">Group</th><th scope="col">Timer</th>
 <th scope="col" class="number">Hits</th><th scope="col" class="number">In all</th>
 <th scope="col" class="number">Each</th></tr></thead><tbody>
@@ -26,7 +26,8 @@ of any command is printed by <code>rba --profile</code>.</p>
     for (const ProfileRow& row : profile()) writeRow(page, row);
     page << R"(</tbody></table></div>
 <p class="dim">Where a section above tells a time, it called several times and tells the fastest; here
-all calls count. What other processes did for this page is not in the table.</p>
+all calls count. Not in the table: what other processes did for this page, and calls on single numbers
+that take less than reading a clock.</p>
 )"_html;
 }
 
