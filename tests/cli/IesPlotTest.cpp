@@ -210,6 +210,16 @@ TEST_F(IesPlot, angles_that_are_close_to_one_another_are_drawn) {
     EXPECT_NEAR(least, 45.01, 0.1);  // of places with two digits
 }
 
+TEST_F(IesPlot, pictures_have_plain_letters_for_those_with_accents) {
+    IesBuilder plain, written;
+    plain.keywords = "[LUMINAIRE] Mullers - 'c' \"A\"\n[LAMP]20\xc2\xb0\n";
+    written.keywords = "[LUMINAIRE] M\xfcllers\xa0\x96 \x91\xe7\x92 \x93\xc5\x94\n[LAMP]20\xb0\n";
+    const std::string picture = plotted(plain, "plain.png");
+    EXPECT_EQ(plotted(written, "written.png"), picture);
+    plain.keywords = "[LUMINAIRE] Mullers - 'c' \"B\"\n[LAMP]20\xc2\xb0\n";
+    EXPECT_NE(plotted(plain, "other.png"), picture);
+}
+
 TEST_F(IesPlot, hostile_names_are_escaped) {
     IesBuilder ies;
     ies.keywords = "[LUMINAIRE] <script>\"&\x1b\xff\n";

@@ -41,14 +41,15 @@ inline Direction plainlyRotated(const Direction& d, const kernels::Rotation& by)
     return {theta, phi < 0 ? phi + 6.2831855F : phi};
 }
 
+constexpr float kPlainEpsilon = 1.1920929e-7F;
+
 /// The azimuth in the angles of a file of type C. @p isDark  Set where the intensity is 0.
 inline float plainlyFolded(float h, float v, float first, float last, bool& isDark) {
-    constexpr float kEpsilon = 1.1920929e-7F;
-    if (last <= kEpsilon) {
+    if (last <= kPlainEpsilon) {
         isDark = first > 0 || 0 > last;
         return 0;
     }
-    if (last - 90 <= kEpsilon) {
+    if (last - 90 <= kPlainEpsilon) {
         if (90 < h && h <= 180)
             h = 180 - h;
         else if (180 < h && h <= 270)
@@ -56,10 +57,10 @@ inline float plainlyFolded(float h, float v, float first, float last, bool& isDa
         else if (270 < h && h <= 360)
             h = 360 - h;
         isDark = h < 0 || h > 90 || v < 0 || v > 180;
-    } else if (last - 180 <= kEpsilon) {
+    } else if (last - 180 <= kPlainEpsilon) {
         if (h > 180) h = 360 - h;
         isDark = h <= 0 || h >= 180 || v <= 0 || v >= 180;
-    } else if (first - 90 <= kEpsilon && last - 270 <= kEpsilon) {
+    } else if (first - 90 <= kPlainEpsilon && last - 270 <= kPlainEpsilon) {
         if (h < 90) h = 180 - h;
         if (h > 270) h = 540 - h;
         isDark = h < 90 || h > 270;
@@ -91,9 +92,9 @@ inline float plainCandelaAt(const kernels::CandelaGrid& grid, float theta, float
         bool isDark = false;
         h = plainlyFolded(h, v, hs.front(), hs.back(), isDark);
         if (isDark) return 0;
-        isAxial = hs.back() <= 1.1920929e-7F;
-        isWrapped = hs.back() - 180 > 1.1920929e-7F &&
-                    !(hs.front() - 90 <= 1.1920929e-7F && hs.back() - 270 <= 1.1920929e-7F);
+        isAxial = hs.back() <= kPlainEpsilon;
+        isWrapped = hs.back() - 180 > kPlainEpsilon &&
+                    !(hs.front() - 90 <= kPlainEpsilon && hs.back() - 270 <= kPlainEpsilon);
     } else if (grid.photometricType == 2 || grid.photometricType == 3) {
         v -= 90;
         h -= 180;
