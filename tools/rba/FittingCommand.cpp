@@ -11,8 +11,6 @@ using Controller = KVRRbaMaterialFittingController;
 
 struct FittingArguments {};
 
-const char* onOrOff(bool isOn) { return isOn ? "on" : "off"; }
-
 int runFitting(Context& context, const FittingArguments&) {
     if (!measured("KVRRbaMaterialFittingController", "GetMaterialFittingController",
                   &Controller::GetMaterialFittingController))

@@ -51,6 +51,8 @@ inline std::string numberText(float value, int decimals) {
 /// as "\x0a", so that it stays one line and a terminal does not take it for commands.
 std::string onOneLine(std::string_view text);
 
+inline const char* onOrOff(bool isOn) { return isOn ? "on" : "off"; }
+
 /// One line on standard error, with the name of the program before it; as from `onOneLine`.
 void printError(std::string_view message);
 

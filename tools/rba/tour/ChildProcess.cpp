@@ -66,4 +66,14 @@ std::string outputOf(const std::filesystem::path& program, std::vector<std::stri
     return text;
 }
 
+Json answerOf(const std::filesystem::path& program, std::vector<std::string> arguments,
+              const std::vector<std::string>& environment) {
+    const std::string command = arguments.front();
+    arguments.insert(arguments.begin(), "--json");
+    Json answer = Json::parse(outputOf(program, std::move(arguments), environment), nullptr, false);
+    if (!answer.is_structured())
+        throw Failure("rba " + command, "expected its answer as JSON, found something else");
+    return answer;
+}
+
 }  // namespace rb::cli::tour

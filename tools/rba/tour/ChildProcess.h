@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/rba/Output.h"
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -11,5 +13,10 @@ namespace rb::cli::tour {
 /// Throws Failure when it cannot be started.
 std::string outputOf(const std::filesystem::path& program, std::vector<std::string> arguments,
                      const std::vector<std::string>& environment);
+
+/// What @p program, a tool like this, answers to `--json` and @p arguments: an array or an object.
+/// Throws Failure when it cannot be started, or answers with something else.
+Json answerOf(const std::filesystem::path& program, std::vector<std::string> arguments,
+              const std::vector<std::string>& environment);
 
 }  // namespace rb::cli::tour

@@ -1,7 +1,6 @@
 #include "RenderingBase/host/app/KVRParmDictionary.h"
 #include "RenderingBase/public/KVRRbaMaterialFittingController.h"
 #include "RenderingBase/public/KVRRbaVisuServices.h"
-#include "tools/rba/Context.h"
 #include "tools/rba/Profile.h"
 #include "tools/rba/tour/ChildProcess.h"
 #include "tools/rba/tour/Tour.h"
@@ -14,8 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Fitting = KVRRbaMaterialFittingController;
-
-const char* onOrOff(bool isOn) { return isOn ? "on" : "off"; }
 
 /// A folder with a small installation, and the settings that name its parts. These are read when a
 /// program starts, hence another process.
@@ -36,14 +33,10 @@ public:
         return path.starts_with('/') ? relative : path;
     }
     Json resolve(const std::string& path) const {
-        const std::string text =
-            outputOf(m_program, {"--json", "resolve", path},
-                     {"KVRGraphicPath=" + here("graphic"), "KVRStartupPath=" + here("startup"),
-                      "KVRInstallPath=" + here("install")});
-        const Json json = Json::parse(text, nullptr, false);
-        if (!json.is_array() || json.empty())
-            throw Failure("resolve", "expected its answer as JSON, found something else");
-        return json[0];
+        return answerOf(m_program, {"resolve", path},
+                        {"KVRGraphicPath=" + here("graphic"), "KVRStartupPath=" + here("startup"),
+                         "KVRInstallPath=" + here("install")})
+            .at(0);
     }
 
 private:

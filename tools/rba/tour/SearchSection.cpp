@@ -1,4 +1,3 @@
-#include "tools/rba/Context.h"
 #include "tools/rba/tour/ChildProcess.h"
 #include "tools/rba/tour/Tour.h"
 
@@ -54,12 +53,8 @@ public:
 
     Answer ask(int kind) const {
         const std::string path = (m_root / kPlaces[0].folder / kFileName).string();
-        const std::string text =
-            outputOf(m_program, {"--json", "image", "find", path, "--kind", std::to_string(kind)},
-                     m_environment);
-        const Json json = Json::parse(text, nullptr, false);
-        if (!json.is_object())
-            throw Failure("image find", "expected its answer as JSON, found something else");
+        const Json json = answerOf(
+            m_program, {"image", "find", path, "--kind", std::to_string(kind)}, m_environment);
         Answer answer{json.value("status", -2), ""};
         if (json["found"].is_string())
             answer.found =
