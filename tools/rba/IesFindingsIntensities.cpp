@@ -13,20 +13,9 @@ constexpr float kPi = 3.1415927F;
 
 constexpr std::size_t kMostSamples = 256;
 
-/// Degrees that directions have.
-struct Range {
-    float least, most;
-};
-Range verticalRange(const IESPhotometry& record) {
-    return record.photometricType == kTypeC ? Range{0, 180} : Range{-90, 90};
-}
-Range horizontalRange(const IESPhotometry& record) {
-    return record.photometricType == kTypeC ? Range{0, 360} : Range{-180, 180};
-}
-
 /// About @p most of the angles, and what is half way between. Those out of @p range are its
 /// borders.
-std::vector<float> samplesOf(const std::vector<float>& angles, Range range, std::size_t most) {
+std::vector<float> samplesOf(const std::vector<float>& angles, AngleRange range, std::size_t most) {
     const std::size_t step = (angles.size() - 1) / most + 1;
     const auto at = [&](std::size_t i) { return std::clamp(angles[i], range.least, range.most); };
     std::vector<float> samples;

@@ -72,6 +72,14 @@ Circle circleOf(const IESPhotometry& record) {
     return Circle::Whole;
 }
 
+AngleRange verticalRange(const IESPhotometry& record) {
+    return record.photometricType == kTypeC ? AngleRange{0, 180} : AngleRange{-90, 90};
+}
+
+AngleRange horizontalRange(const IESPhotometry& record) {
+    return record.photometricType == kTypeC ? AngleRange{0, 360} : AngleRange{-180, 180};
+}
+
 float candelaAtAngles(const IESPhotometry& record, float vertical, float horizontal) {
     constexpr float kDegrees = 57.295776F;  // to the radian, as the library has it
     const bool isTypeC = record.photometricType == kTypeC;

@@ -35,6 +35,14 @@ enum class Circle {
 };
 Circle circleOf(const KVRRbaIESLoader::IESPhotometry& record);  ///< Has horizontal angles.
 
+/// Degrees of a kind of angles.
+struct AngleRange {
+    float least, most;
+};
+/// What directions have, as files of the type count them.
+AngleRange verticalRange(const KVRRbaIESLoader::IESPhotometry& record);
+AngleRange horizontalRange(const KVRRbaIESLoader::IESPhotometry& record);
+
 /// The intensity in the direction of two angles as the file counts them, in candelas.
 float candelaAtAngles(const KVRRbaIESLoader::IESPhotometry& record, float vertical,
                       float horizontal);

@@ -13,23 +13,19 @@ using Values = std::vector<PolarCurve::Value>;
 /// lead beyond it.
 constexpr float kInside = 1e-3F;
 
-struct Range {
-    float least, most;
-};
-
-Range rangeOf(const std::vector<float>& angles) {
+AngleRange rangeOf(const std::vector<float>& angles) {
     const auto [least, most] = std::minmax_element(angles.begin(), angles.end());
     return {*least, *most};
 }
 
-float inside(float angle, const Range& range) {
+float inside(float angle, const AngleRange& range) {
     if (range.most - range.least < 2 * kInside) return range.least;
     return std::clamp(angle, range.least + kInside, range.most - kInside);
 }
 
 /// The angles within @p shown in ascending order, with those borders that the file goes beyond.
-std::vector<float> anglesWithin(std::vector<float> angles, const Range& shown) {
-    const Range range = rangeOf(angles);
+std::vector<float> anglesWithin(std::vector<float> angles, const AngleRange& shown) {
+    const AngleRange range = rangeOf(angles);
     for (const float border : {shown.least, shown.most})
         if (range.least < border && border < range.most) angles.push_back(border);
     std::erase_if(angles, [&](float angle) { return angle < shown.least || angle > shown.most; });
@@ -57,11 +53,11 @@ std::vector<float> sampledAngles(const std::vector<float>& angles) {
 /// One side of the axis, from the axis on. Where the file ends the curve goes to the middle.
 /// @param candelaAt  Of an angle of @p angles.
 template <class CandelaAt>
-Values sideOf(const std::vector<float>& angles, const Range& shown, CandelaAt candelaAt) {
+Values sideOf(const std::vector<float>& angles, const AngleRange& shown, CandelaAt candelaAt) {
     const std::vector<float> within = anglesWithin(angles, shown);
     if (within.empty()) return {{0, 0}};
     const std::vector<float> sampled = sampledAngles(within);
-    const Range range = rangeOf(angles);
+    const AngleRange range = rangeOf(angles);
     Values values;
     if (sampled.front() > 0) values.push_back({static_cast<double>(sampled.front()), 0});
     for (const float angle : sampled) {
@@ -84,7 +80,7 @@ PolarCurve curveOf(std::string name, const Values& left, const Values& right) {
 
 std::vector<PolarCurve> planesOfTypeC(const IESPhotometry& record) {
     const auto half = [&record](float azimuth) {
-        return sideOf(record.verticalAngles, {0, 180},
+        return sideOf(record.verticalAngles, verticalRange(record),
                       [&](float vertical) { return candelaAtAngles(record, vertical, azimuth); });
     };
     if (circleOf(record) == Circle::Axial) {
@@ -97,9 +93,9 @@ std::vector<PolarCurve> planesOfTypeC(const IESPhotometry& record) {
 
 /// A plane through the axis. Angles of one sign stand for both.
 template <class CandelaAt>
-PolarCurve planeOf(std::string name, const std::vector<float>& angles, float whole,
+PolarCurve planeOf(std::string name, const std::vector<float>& angles, const AngleRange& shown,
                    CandelaAt candelaAt) {
-    const Values side = sideOf(angles, {-whole, whole}, candelaAt);
+    const Values side = sideOf(angles, shown, candelaAt);
     if (angles.front() >= 0) return curveOf(std::move(name), side, side);
     Values values = side;
     values.insert(values.begin(), {side.front().degrees, 0});
@@ -109,9 +105,9 @@ PolarCurve planeOf(std::string name, const std::vector<float>& angles, float who
 std::vector<PolarCurve> planesOfTypesAAndB(const IESPhotometry& record) {
     const float level = inside(kInside, rangeOf(record.verticalAngles));
     const float middle = inside(kInside, rangeOf(record.horizontalAngles));
-    return {planeOf("vertical plane", record.verticalAngles, 90,
+    return {planeOf("vertical plane", record.verticalAngles, verticalRange(record),
                     [&](float vertical) { return candelaAtAngles(record, vertical, middle); }),
-            planeOf("horizontal plane", record.horizontalAngles, 180,
+            planeOf("horizontal plane", record.horizontalAngles, horizontalRange(record),
                     [&](float horizontal) { return candelaAtAngles(record, level, horizontal); })};
 }
 
